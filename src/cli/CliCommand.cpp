@@ -9,9 +9,13 @@ QList<CliCommand>& registry() {
 }
 } // namespace
 
-const QList<CliCommand>& CliCommand::all() { return registry(); }
+const QList<CliCommand>& CliCommand::all() {
+    return registry();
+}
 
-CliCommand::Registration::Registration(CliCommand command) { registry().append(std::move(command)); }
+CliCommand::Registration::Registration(CliCommand command) {
+    registry().append(std::move(command));
+}
 
 QTextStream& cliOut() {
     static QTextStream stream(stdout);

@@ -18,7 +18,7 @@ void printHelp(QTextStream& out) {
         out << "  " << command.usage.leftJustified(30) << ' ' << command.summary << '\n';
     out << "\nOptions:\n  --help      show this help\n  --version   show the version\n\n"
            "Environment:\n"
-           "  VERCEL_TOKEN      access token (else the one stored in the keyring)\n"
+           "  VERCEL_TOKEN      access token (never given as an argument)\n"
            "  QUILLON_API_BASE  Vercel API address (https://, or http:// on loopback)\n";
     out.flush();
 }

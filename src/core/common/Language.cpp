@@ -17,9 +17,13 @@ QStringList systemLanguages() {
     return QLocale::system().uiLanguages();
 }
 
-void overrideSystemLanguages(const QStringList& languages) { g_override = languages; }
+void overrideSystemLanguages(const QStringList& languages) {
+    g_override = languages;
+}
 
-void clearSystemLanguagesOverride() { g_override.reset(); }
+void clearSystemLanguagesOverride() {
+    g_override.reset();
+}
 
 bool isFrench(const Preferences& preferences, const QStringList& languages) {
     const QString chosen =
@@ -32,7 +36,9 @@ bool isFrench(const Preferences& preferences, const QStringList& languages) {
     return first.toLower().startsWith(QLatin1String("fr"));
 }
 
-bool isFrench() { return isFrench(Preferences::standard(), systemLanguages()); }
+bool isFrench() {
+    return isFrench(Preferences::standard(), systemLanguages());
+}
 
 QString text(const char* english, const char* french) {
     return QString::fromUtf8(isFrench() ? french : english);

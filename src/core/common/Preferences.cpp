@@ -86,16 +86,22 @@ Preferences& Preferences::standard() {
     return *g_standard;
 }
 
-void Preferences::setStandard(Preferences* store) { g_standard = store; }
+void Preferences::setStandard(Preferences* store) {
+    g_standard = store;
+}
 
 QString Preferences::defaultFilePath() {
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     return QDir(config).filePath(QStringLiteral("quillon/preferences.json"));
 }
 
-QString Preferences::filePath() const { return settings_->fileName(); }
+QString Preferences::filePath() const {
+    return settings_->fileName();
+}
 
-bool Preferences::contains(const QString& key) const { return settings_->contains(key); }
+bool Preferences::contains(const QString& key) const {
+    return settings_->contains(key);
+}
 
 std::optional<qint64> Preferences::integer(const QString& key) const {
     const QVariant value = settings_->value(key);
@@ -135,9 +141,13 @@ void Preferences::setInteger(const QString& key, qint64 value) {
     write(key, QVariant::fromValue(value));
 }
 
-void Preferences::setBoolean(const QString& key, bool value) { write(key, value); }
+void Preferences::setBoolean(const QString& key, bool value) {
+    write(key, value);
+}
 
-void Preferences::setString(const QString& key, const QString& value) { write(key, value); }
+void Preferences::setString(const QString& key, const QString& value) {
+    write(key, value);
+}
 
 void Preferences::setStringList(const QString& key, const QStringList& value) {
     write(key, QVariant(value));
@@ -148,7 +158,9 @@ void Preferences::remove(const QString& key) {
     settings_->sync();
 }
 
-void Preferences::reload() { settings_->sync(); }
+void Preferences::reload() {
+    settings_->sync();
+}
 
 void Preferences::write(const QString& key, const QVariant& value) {
     QDir().mkpath(QFileInfo(settings_->fileName()).absolutePath());

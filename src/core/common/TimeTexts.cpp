@@ -23,8 +23,7 @@ QString relativeAgeText(const std::optional<QDateTime>& since, const QDateTime& 
     return relativeAgeText(since, now, Language::isFrench());
 }
 
-QString relativeAgeText(const std::optional<QDateTime>& since, const QDateTime& now,
-                        bool french) {
+QString relativeAgeText(const std::optional<QDateTime>& since, const QDateTime& now, bool french) {
     const qint64 elapsedMs = (since && since->isValid()) ? since->msecsTo(now) : -1;
     if (elapsedMs < 60'000)
         return french ? QStringLiteral("à l'instant") : QStringLiteral("just now");

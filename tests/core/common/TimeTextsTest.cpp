@@ -1,5 +1,5 @@
-#include "core/common/Language.h"
 #include "core/common/TimeTexts.h"
+#include "core/common/Language.h"
 #include "support/TempPreferences.h"
 
 #include <gtest/gtest.h>

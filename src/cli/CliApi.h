@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/vercel/VercelAPI.h"
+
+#include <optional>
+
+struct CliCommand;
+
+// Exit codes shared by the commands.
+inline constexpr int kExitFailed = 1; // Vercel or the network refused the request
+inline constexpr int kExitUsage = 2;  // bad arguments or environment: nothing was sent
+
+// The client for one command: the token from VERCEL_TOKEN only (an argument would show in the
+// process list), the address from QUILLON_API_BASE. When either is unusable, says why on
+// standard error and answers absent.
+std::optional<VercelAPI> apiFromEnvironment();
+
+// Prints the sentence of a failed request on standard error; answers kExitFailed.
+int reportFailure(const RequestError& error);
+
+// Prints the command's usage on standard output.
+void printUsage(const CliCommand& command);

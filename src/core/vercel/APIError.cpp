@@ -1,0 +1,28 @@
+#include "core/vercel/APIError.h"
+
+#include "core/common/Language.h"
+
+QString APIError::errorDescription() const {
+    switch (kind_) {
+    case Kind::http: {
+        const QString code = QString::number(status_);
+        return Language::text("Vercel error (HTTP ", "Erreur Vercel (HTTP ") + code +
+               QStringLiteral(").");
+    }
+    case Kind::unauthorized:
+        return Language::text("Token rejected by Vercel. It is invalid or expired.",
+                              "Jeton refusé par Vercel. Il est invalide ou expiré.");
+    case Kind::rateLimited:
+        return Language::text("Vercel rate limit reached, retrying soon.",
+                              "Limite d'appels Vercel atteinte, nouvel essai bientôt.");
+    case Kind::badResponse:
+        return Language::text("Unreadable Vercel response.", "Réponse Vercel illisible.");
+    }
+    Q_UNREACHABLE();
+}
+
+QString RequestError::message() const {
+    if (const APIError* api = apiError())
+        return api->errorDescription();
+    return transportError()->description;
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+#include <optional>
+
+// The state of a deployment, with the raw values Vercel sends.
+enum class DeployStatus { queued, initializing, building, ready, error, canceled, unknown };
+
+// Exact, case-sensitive match of the whole text ("QUEUED" … "UNKNOWN").
+std::optional<DeployStatus> deployStatusFromRaw(QStringView raw);
+QString rawValue(DeployStatus status);
+// "Queued" / "En attente", … in the language chosen when asked.
+QString title(DeployStatus status);
+QString title(DeployStatus status, bool french);
+// queued, initializing and building.
+bool isInProgress(DeployStatus status);

@@ -1,0 +1,165 @@
+#include "core/vercel/VercelAPI.h"
+
+#include "core/common/Language.h"
+
+#include <QCoreApplication>
+#include <QCoro/QCoroNetworkReply>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QPointer>
+#include <QThread>
+#include <memory>
+
+namespace {
+
+// Far above a full build log or 100 projects with their deployments; a server that sends more
+// is broken or hostile, and must not be allowed to fill the memory.
+constexpr qint64 kMaxBodyBytes = 64 * 1024 * 1024;
+
+// One session for the whole process, so connections are reused across calls. It belongs to the
+// application object and therefore to the main thread, where every call is made.
+QNetworkAccessManager& sharedNetwork() {
+    static QPointer<QNetworkAccessManager> manager;
+    Q_ASSERT(QCoreApplication::instance() != nullptr);
+    Q_ASSERT(QThread::currentThread() == QCoreApplication::instance()->thread());
+    if (manager.isNull()) {
+        manager = new QNetworkAccessManager(QCoreApplication::instance());
+        manager->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    }
+    return *manager;
+}
+
+struct ReplyDeleter {
+    void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
+};
+using ReplyPtr = std::unique_ptr<QNetworkReply, ReplyDeleter>;
+
+// The body as it arrives, given up on once it passes the cap.
+struct Download {
+    QByteArray body;
+    bool tooLarge = false;
+
+    void take(QNetworkReply* reply) {
+        if (tooLarge || !reply->isOpen())
+            return;
+        const qint64 announced = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        if (announced > kMaxBodyBytes || body.size() + reply->bytesAvailable() > kMaxBodyBytes) {
+            tooLarge = true;
+            body.clear();
+            // Not from inside the signal that brought the data: the waiting coroutine resumes
+            // on `finished`, and should not run nested in the reply's own emission.
+            QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
+            return;
+        }
+        body += reply->readAll();
+    }
+};
+
+bool isTimeout(QNetworkReply::NetworkError error) {
+    // Qt reports its own transfer timeout as a cancellation; we cancel nothing else.
+    return error == QNetworkReply::TimeoutError || error == QNetworkReply::OperationCanceledError;
+}
+
+bool isRefusedRedirect(QNetworkReply::NetworkError error) {
+    return error == QNetworkReply::TooManyRedirectsError ||
+           error == QNetworkReply::InsecureRedirectError;
+}
+
+// Failures below HTTP: the network layer (1-99) and proxies (101-199).
+bool isTransportFailure(QNetworkReply::NetworkError error) {
+    return error >= QNetworkReply::ConnectionRefusedError &&
+           error <= QNetworkReply::UnknownProxyError;
+}
+
+TransportError transportError(const QNetworkReply& reply) {
+    if (isTimeout(reply.error()))
+        return {QNetworkReply::TimeoutError, Language::text("The request to Vercel timed out.",
+                                                            "La requête vers Vercel a expiré.")};
+    return {reply.error(), reply.errorString()};
+}
+
+bool isHttp(const QUrl& url) {
+    return url.scheme() == QLatin1String("https") || url.scheme() == QLatin1String("http");
+}
+
+RequestResult<QByteArray> statusResult(int status, QByteArray body) {
+    if (status >= 200 && status <= 299)
+        return body;
+    if (status == 401 || status == 403)
+        return RequestError(APIError::unauthorized());
+    if (status == 429)
+        return RequestError(APIError::rateLimited());
+    return RequestError(APIError::http(status));
+}
+
+RequestResult<QByteArray> outcome(const QNetworkReply& reply, Download& download) {
+    if (download.tooLarge)
+        return RequestError(APIError::badResponse());
+    const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    // A redirect the stack refused to follow is an answer like any other status.
+    if (isRefusedRedirect(reply.error()) && status.isValid())
+        return statusResult(status.toInt(), {});
+    if (isTransportFailure(reply.error()))
+        return RequestError(transportError(reply));
+    // Qt gives file: and data: replies a status of 200 too; only the scheme tells HTTP apart.
+    if (!isHttp(reply.url()) || !status.isValid())
+        return RequestError(APIError::badResponse());
+    return statusResult(status.toInt(), std::move(download.body));
+}
+
+QByteArray encodedQuery(const VercelAPI::Query& query) {
+    QByteArrayList items;
+    items.reserve(query.size());
+    for (const auto& [name, value] : query)
+        items.append(QUrl::toPercentEncoding(name) + '=' + QUrl::toPercentEncoding(value));
+    return items.join('&');
+}
+
+} // namespace
+
+VercelAPI::VercelAPI(QString token, QUrl base) : token_(std::move(token)), base_(std::move(base)) {}
+
+QUrl VercelAPI::defaultBase() {
+    return QUrl(QStringLiteral("https://api.vercel.com"));
+}
+
+VercelAPI VercelAPI::withTimeout(std::chrono::milliseconds timeout) const {
+    VercelAPI copy = *this;
+    copy.timeout_ = timeout;
+    return copy;
+}
+
+VercelAPI::Query VercelAPI::withTeam(const std::optional<QString>& teamId, Query query) {
+    if (teamId)
+        query.append({QStringLiteral("teamId"), *teamId});
+    return query;
+}
+
+QUrl VercelAPI::requestUrl(const QString& path, const Query& query) const {
+    QUrl url = base_;
+    QString joined = url.path();
+    while (joined.endsWith(u'/'))
+        joined.chop(1);
+    if (!path.startsWith(u'/'))
+        joined += u'/';
+    url.setPath(joined + path);
+    // Encoded by hand: QUrlQuery would leave "+" as it is, which servers read as a space.
+    if (!query.isEmpty())
+        url.setQuery(QString::fromLatin1(encodedQuery(query)), QUrl::StrictMode);
+    return url;
+}
+
+QCoro::Task<RequestResult<QByteArray>> VercelAPI::fetch(QString path, Query query) const {
+    QNetworkRequest request(requestUrl(path, query));
+    request.setTransferTimeout(static_cast<int>(timeout_.count()));
+    request.setRawHeader(QByteArrayLiteral("Authorization"),
+                         QByteArrayLiteral("Bearer ") + token_.toUtf8());
+
+    ReplyPtr reply(sharedNetwork().get(request));
+    auto download = std::make_shared<Download>();
+    QObject::connect(reply.get(), &QIODevice::readyRead, reply.get(),
+                     [raw = reply.get(), download] { download->take(raw); });
+    co_await reply.get();
+    download->take(reply.get());
+    co_return outcome(*reply, *download);
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "core/vercel/DeployStatus.h"
+
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <optional>
+
+// Records as decoded from Vercel's REST API. Every optional field is absent when its key is
+// missing or null; keys we do not know are ignored.
+
+// One value of a deployment's free-form `meta` map, read as text whatever its JSON kind.
+struct JSONScalar {
+    std::optional<QString> string;
+};
+
+struct VercelDeployment {
+    std::optional<QString> id;
+    std::optional<QString> uid;
+    std::optional<QString> name;
+    std::optional<QString> projectId;
+    std::optional<QString> url;
+    std::optional<QString> inspectorUrl;
+    std::optional<QString> readyState;
+    std::optional<QString> state;
+    std::optional<double> createdAt; // ms since the epoch
+    std::optional<double> created;   // ms, older key
+    std::optional<double> buildingAt;
+    std::optional<double> ready;
+    std::optional<QString> target;
+    std::optional<QMap<QString, JSONScalar>> meta;
+
+    // Derived values.
+    DeployStatus status() const;                 // readyState, else state, upper-cased
+    QString deploymentID() const;                // id, else uid, else ""
+    std::optional<QString> branch() const;       // github/gitlab/bitbucket CommitRef
+    std::optional<QString> shortSHA() const;     // first 7 characters of the commit hash
+    std::optional<QString> commitTitle() const;  // first non-empty line of the message
+    std::optional<double> startedAt() const;     // ms: buildingAt, else createdAt, else created
+    std::optional<double> buildDuration() const; // seconds from start to ready, at least 0
+    bool isProduction() const;                   // target is exactly "production"
+};
+
+struct VercelProject {
+    QString id;
+    QString name;
+    std::optional<QList<VercelDeployment>> latestDeployments;
+};
+
+struct VercelTeam {
+    QString id;
+    QString slug;
+    std::optional<QString> name;
+};
+
+struct VercelUser {
+    QString username;
+    std::optional<QString> email;
+    std::optional<QString> name;
+    std::optional<QString> defaultTeamId;
+};
+
+struct VercelTokenInfo {
+    std::optional<QString> id;
+    std::optional<QString> name;
+    std::optional<double> expiresAt; // ms; absent: the token never expires
+};
+
+struct VercelBuildEvent {
+    struct Payload {
+        std::optional<QString> text;
+    };
+    std::optional<QString> type;
+    std::optional<double> created;
+    std::optional<QString> text;
+    std::optional<Payload> payload;
+};
+
+// Response envelopes.
+struct DeploymentsResponse {
+    QList<VercelDeployment> deployments;
+};
+struct ProjectsResponse {
+    QList<VercelProject> projects;
+};
+struct TeamsResponse {
+    QList<VercelTeam> teams;
+};
+struct UserResponse {
+    VercelUser user;
+};
+struct TokenInfoResponse {
+    VercelTokenInfo token;
+};
+// The build events come as a bare array.
+using BuildEventList = QList<VercelBuildEvent>;
