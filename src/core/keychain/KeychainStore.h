@@ -1,0 +1,41 @@
+#pragma once
+
+#include "core/common/Expected.h"
+#include "core/keychain/KeychainError.h"
+#include "core/keychain/KeychainMode.h"
+#include "core/keychain/SecretBackend.h"
+
+#include <QByteArray>
+#include <QString>
+#include <optional>
+
+// The Vercel access token in the keyring, in up to two copies: the persistent one (`synced`) and
+// the one kept for this session (`localOnly`). The store holds no state of its own; the backend
+// is the state. All calls are synchronous and made from the main thread.
+class KeychainStore {
+public:
+    using Mode = KeychainMode;
+
+    struct StoredToken {
+        QString token;
+        Mode mode;
+    };
+
+    explicit KeychainStore(SecretBackend& backend) : backend_(backend) {}
+
+    // Replaces the item of `mode` with one holding `data`; answers the status of the add.
+    int addToken(const QByteArray& data, Mode mode);
+    // Writes both copies of the trimmed, non-empty `token`; answers the copy that holds it.
+    Expected<Mode, KeychainError> storeToken(const QString& token);
+    // The persistent copy first, then the session copy; damaged copies count as absent.
+    std::optional<StoredToken> loadToken();
+    // Deletes both copies; deleting a token that is not there is silent.
+    void deleteToken();
+
+    static const QString label;
+
+private:
+    std::optional<QString> readCopy(Mode mode);
+
+    SecretBackend& backend_;
+};

@@ -1,0 +1,257 @@
+#include "core/monitor/AppState.h"
+
+#include "core/common/Language.h"
+#include "core/common/Preferences.h"
+#include "core/demo/DemoDirector.h"
+#include "core/keychain/KeychainStore.h"
+#include "core/monitor/PreferenceKeys.h"
+
+AppState::AppState(Services services, QObject* parent) : QObject(parent), services_(services) {
+    readPreferences();
+}
+
+AppState::~AppState() {
+    cancelLoop();
+}
+
+void AppState::readPreferences() {
+    Preferences& prefs = services_.preferences;
+    const QStringList monitored =
+        prefs.stringList(PreferenceKeys::monitoredProjectIDs).value_or(QStringList());
+    monitoredIDs_ = QSet<QString>(monitored.begin(), monitored.end());
+    refreshInterval_ =
+        static_cast<int>(prefs.integer(PreferenceKeys::refreshInterval).value_or(30));
+    notifyOnFailure_ = prefs.boolean(PreferenceKeys::notifyOnFailure).value_or(true);
+    countProductionOnly_ = prefs.boolean(PreferenceKeys::countProductionOnly).value_or(false);
+    launchAtLogin_ = services_.loginItem.isEnabled();
+    language_ = prefs.string(PreferenceKeys::appLanguage).value_or(QStringLiteral("auto"));
+    heroMonochrome_ = prefs.boolean(PreferenceKeys::heroMonochrome).value_or(true);
+    liveActivity_ = prefs.boolean(PreferenceKeys::liveActivity).value_or(true);
+}
+
+void AppState::start(bool demoMode) {
+    if (demoMode) {
+        startDemo();
+        return;
+    }
+    const std::optional<KeychainStore::StoredToken> stored = services_.keychain.loadToken();
+    if (!stored)
+        return;
+    keychainMode_ = stored->mode;
+    Q_EMIT changed();
+    QPointer<AppState> self(this);
+    QString token = stored->token;
+    QMetaObject::invokeMethod(
+        this,
+        [self, token] {
+            if (self)
+                self->connect(token);
+        },
+        Qt::QueuedConnection);
+}
+
+// Preferences -----------------------------------------------------------------------------
+
+void AppState::setRefreshInterval(int seconds) {
+    refreshInterval_ = seconds;
+    services_.preferences.setInteger(PreferenceKeys::refreshInterval, seconds);
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setNotifyOnFailure(bool on) {
+    notifyOnFailure_ = on;
+    services_.preferences.setBoolean(PreferenceKeys::notifyOnFailure, on);
+    if (on)
+        services_.notifications.requestAuthorization();
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setCountProductionOnly(bool on) {
+    countProductionOnly_ = on;
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+    if (isDemo_)
+        return;
+    services_.preferences.setBoolean(PreferenceKeys::countProductionOnly, on);
+    refresh();
+}
+
+void AppState::setLanguage(const QString& language) {
+    language_ = language;
+    services_.preferences.setString(PreferenceKeys::appLanguage, language);
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setHeroMonochrome(bool on) {
+    heroMonochrome_ = on;
+    services_.preferences.setBoolean(PreferenceKeys::heroMonochrome, on);
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setLiveActivity(bool on) {
+    liveActivity_ = on;
+    services_.preferences.setBoolean(PreferenceKeys::liveActivity, on);
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setLaunchAtLogin(bool enabled) {
+    if (const std::optional<QString> failure = services_.loginItem.setEnabled(enabled))
+        setLastError(*failure);
+    launchAtLogin_ = services_.loginItem.isEnabled();
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+}
+
+// Monitored set ---------------------------------------------------------------------------
+
+QSet<QString> AppState::effectiveMonitoredIDs() const {
+    const bool configured =
+        services_.preferences.boolean(PreferenceKeys::projectsConfigured).value_or(false);
+    if (isDemo_ || configured)
+        return monitoredIDs_;
+    QSet<QString> all;
+    for (const ProjectRef& ref : availableProjects_)
+        all.insert(ref.id);
+    return all;
+}
+
+void AppState::addMonitored(const QString& id) {
+    monitoredIDs_ = effectiveMonitoredIDs();
+    monitoredIDs_.insert(id);
+    persistMonitored();
+}
+
+void AppState::removeMonitored(const QString& id) {
+    monitoredIDs_ = effectiveMonitoredIDs();
+    monitoredIDs_.remove(id);
+    persistMonitored();
+}
+
+void AppState::setAllMonitored(bool selected) {
+    monitoredIDs_.clear();
+    if (selected) {
+        for (const ProjectRef& ref : availableProjects_)
+            monitoredIDs_.insert(ref.id);
+    }
+    persistMonitored();
+}
+
+void AppState::persistMonitored() {
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+    if (isDemo_) {
+        rebuildDemoSnapshots();
+        return;
+    }
+    QStringList ids(monitoredIDs_.begin(), monitoredIDs_.end());
+    ids.sort();
+    services_.preferences.setStringList(PreferenceKeys::monitoredProjectIDs, ids);
+    services_.preferences.setBoolean(PreferenceKeys::projectsConfigured, true);
+    refresh();
+}
+
+// Derived values --------------------------------------------------------------------------
+
+Tone AppState::overallTone() const {
+    if (previewTone_)
+        return *previewTone_;
+    if (!connection_.isConnected())
+        return Tone::disconnected;
+    auto any = [this](auto predicate) {
+        return std::any_of(snapshots_.begin(), snapshots_.end(), predicate);
+    };
+    auto is = [](DeployStatus wanted) {
+        return [wanted](const ProjectSnapshot& s) { return s.status() == wanted; };
+    };
+    if (any(is(DeployStatus::error)))
+        return Tone::error;
+    if (any(is(DeployStatus::building)))
+        return Tone::building;
+    if (any(is(DeployStatus::queued)) || any(is(DeployStatus::initializing)))
+        return Tone::queued;
+    const double nowSeconds = services_.clock.now().toMSecsSinceEpoch() / 1000.0;
+    const bool freshSuccess = any([nowSeconds](const ProjectSnapshot& s) {
+        return s.status() == DeployStatus::ready && s.latest->ready &&
+               nowSeconds - *s.latest->ready / 1000.0 < 60.0;
+    });
+    return freshSuccess ? Tone::success : Tone::idle;
+}
+
+QString AppState::statusSummary() const {
+    switch (connection_.kind) {
+    case Connection::Kind::failed:
+        return Language::text("Connection failed", "Connexion impossible");
+    case Connection::Kind::checking:
+        return Language::text("Connecting…", "Connexion…");
+    case Connection::Kind::noToken:
+        return Language::text("Not connected", "Non connecté");
+    case Connection::Kind::connected:
+        break;
+    }
+    const auto failed = std::count_if(snapshots_.begin(), snapshots_.end(), [](const auto& s) {
+        return s.status() == DeployStatus::error;
+    });
+    const auto building = std::count_if(snapshots_.begin(), snapshots_.end(),
+                                        [](const auto& s) { return isInProgress(s.status()); });
+    const bool french = Language::isFrench();
+    if (failed >= 1) {
+        if (french)
+            return QStringLiteral("%1 échec%2").arg(failed).arg(failed == 1 ? "" : "s");
+        return QStringLiteral("%1 failed").arg(failed);
+    }
+    if (snapshots_.isEmpty())
+        return Language::text("No project monitored", "Aucun projet surveillé");
+    if (building == 0)
+        return Language::text("All systems live", "Tout est en ligne");
+    if (french)
+        return QStringLiteral("%1 build%2 en cours").arg(building).arg(building == 1 ? "" : "s");
+    return QStringLiteral("%1 building").arg(building);
+}
+
+void AppState::setPreviewTone(std::optional<Tone> tone) {
+    previewTone_ = tone;
+    Q_EMIT changed();
+}
+
+// Publication helpers ---------------------------------------------------------------------
+
+void AppState::setConnection(Connection connection) {
+    if (connection_ == connection)
+        return;
+    connection_ = std::move(connection);
+    Q_EMIT connectionChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setLastError(std::optional<QString> error) {
+    if (lastError_ == error)
+        return;
+    lastError_ = std::move(error);
+    Q_EMIT lastErrorChanged();
+    Q_EMIT changed();
+}
+
+void AppState::setRefreshing(bool refreshing) {
+    if (isRefreshing_ == refreshing)
+        return;
+    isRefreshing_ = refreshing;
+    Q_EMIT refreshingChanged();
+    Q_EMIT changed();
+}
+
+void AppState::publish(QList<ProjectSnapshot> snapshots, int todayCount) {
+    snapshots_ = std::move(snapshots);
+    todayCount_ = todayCount;
+    lastRefresh_ = services_.clock.now();
+    Q_EMIT snapshotsChanged();
+    Q_EMIT changed();
+}
+
+VercelAPI AppState::makeApi(const QString& token) const {
+    return VercelAPI(token, services_.apiBase).withTimeout(services_.requestTimeout);
+}

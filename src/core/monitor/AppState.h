@@ -1,0 +1,184 @@
+#pragma once
+
+#include "core/keychain/KeychainMode.h"
+#include "core/monitor/Clock.h"
+#include "core/monitor/ConnectionState.h"
+#include "core/monitor/PlatformServices.h"
+#include "core/vercel/ProjectRef.h"
+#include "core/vercel/ProjectSnapshot.h"
+#include "core/vercel/VercelAPI.h"
+
+#include <QCoro/QCoroTask>
+#include <QHash>
+#include <QObject>
+#include <QSet>
+#include <memory>
+#include <optional>
+
+class Preferences;
+class KeychainStore;
+class DemoDirector;
+
+// The one central state of the application: the connection, the projects, the snapshots the
+// refresh cycle produces, today's count and every preference. Views observe its change signals
+// and call its operations. Confined to the main thread.
+class AppState : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(int todayCount READ todayCount NOTIFY snapshotsChanged)
+    Q_PROPERTY(bool isRefreshing READ isRefreshing NOTIFY refreshingChanged)
+    Q_PROPERTY(bool hasLoadedOnce READ hasLoadedOnce NOTIFY snapshotsChanged)
+    Q_PROPERTY(QString statusSummary READ statusSummary NOTIFY changed)
+    Q_PROPERTY(
+        int refreshInterval READ refreshInterval WRITE setRefreshInterval NOTIFY preferencesChanged)
+    Q_PROPERTY(bool notifyOnFailure READ notifyOnFailure WRITE setNotifyOnFailure NOTIFY
+                   preferencesChanged)
+    Q_PROPERTY(bool countProductionOnly READ countProductionOnly WRITE setCountProductionOnly NOTIFY
+                   preferencesChanged)
+    Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY preferencesChanged)
+    Q_PROPERTY(
+        bool heroMonochrome READ heroMonochrome WRITE setHeroMonochrome NOTIFY preferencesChanged)
+    Q_PROPERTY(bool liveActivity READ liveActivity WRITE setLiveActivity NOTIFY preferencesChanged)
+    Q_PROPERTY(
+        bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY preferencesChanged)
+public:
+    // What AppState is handed at creation; every reference must outlive it.
+    struct Services {
+        Preferences& preferences;
+        KeychainStore& keychain;
+        LoginItemService& loginItem;
+        NotificationService& notifications;
+        ClipboardService& clipboard;
+        Clock& clock;
+        QUrl apiBase = VercelAPI::defaultBase();
+        std::chrono::milliseconds requestTimeout{20000};
+    };
+
+    explicit AppState(Services services, QObject* parent = nullptr);
+    ~AppState() override;
+
+    // Starts demo mode, or loads the stored token and connects with it.
+    void start(bool demoMode);
+
+    // Published state.
+    const Connection& connection() const { return connection_; }
+    std::optional<KeychainMode> keychainMode() const { return keychainMode_; }
+    const TokenExpiry& tokenExpiry() const { return tokenExpiry_; }
+    const QList<ProjectRef>& availableProjects() const { return availableProjects_; }
+    const QList<ProjectSnapshot>& snapshots() const { return snapshots_; }
+    int todayCount() const { return todayCount_; }
+    const std::optional<QDateTime>& lastRefresh() const { return lastRefresh_; }
+    bool isRefreshing() const { return isRefreshing_; }
+    bool hasLoadedOnce() const { return hasLoadedOnce_; }
+    const std::optional<QString>& lastError() const { return lastError_; }
+    bool isDemo() const { return isDemo_; }
+    DemoDirector* demo() const { return demo_.get(); }
+    const std::optional<VercelAPI>& api() const { return api_; }
+    const QList<Scope>& scopes() const { return scopes_; }
+    const std::optional<Tone>& previewTone() const { return previewTone_; }
+
+    // Preferences.
+    const QSet<QString>& monitoredIDs() const { return monitoredIDs_; }
+    int refreshInterval() const { return refreshInterval_; }
+    void setRefreshInterval(int seconds);
+    bool notifyOnFailure() const { return notifyOnFailure_; }
+    void setNotifyOnFailure(bool on);
+    bool countProductionOnly() const { return countProductionOnly_; }
+    void setCountProductionOnly(bool on);
+    QString language() const { return language_; }
+    void setLanguage(const QString& language);
+    bool heroMonochrome() const { return heroMonochrome_; }
+    void setHeroMonochrome(bool on);
+    bool liveActivity() const { return liveActivity_; }
+    void setLiveActivity(bool on);
+    bool launchAtLogin() const { return launchAtLogin_; }
+    void setLaunchAtLogin(bool enabled);
+
+    // Monitored set.
+    QSet<QString> effectiveMonitoredIDs() const;
+    void addMonitored(const QString& id);
+    void removeMonitored(const QString& id);
+    void setAllMonitored(bool selected);
+
+    // Derived values for the views.
+    Tone overallTone() const;
+    QString statusSummary() const;
+
+    // Connection.
+    QCoro::Task<> connect(QString token);
+    QCoro::Task<> saveToken(QString raw);
+    void removeToken();
+    QCoro::Task<> loadProjects();
+
+    // Refresh cycle.
+    QCoro::Task<> refresh();
+    void startLoop();
+    void rebuildDemoSnapshots();
+    void notifyFailures(const QList<ProjectSnapshot>& snapshots);
+
+    // The failure report of the snapshot's latest deployment, as placed on the clipboard by
+    // copyFailureReport; absent when the snapshot has no latest deployment.
+    QCoro::Task<std::optional<QString>> failureReport(ProjectSnapshot snapshot) const;
+    // Puts that report on the clipboard; answers whether there was one.
+    QCoro::Task<bool> copyFailureReport(ProjectSnapshot snapshot);
+
+    // A tone forced for the colour preview.
+    void setPreviewTone(std::optional<Tone> tone);
+
+    Preferences& preferences() const { return services_.preferences; }
+    Clock& clock() const { return services_.clock; }
+
+Q_SIGNALS:
+    // One signal for every published field keeps the views simple: they redraw from the state.
+    void changed();
+    void connectionChanged();
+    void snapshotsChanged();
+    void availableProjectsChanged();
+    void preferencesChanged();
+    void lastErrorChanged();
+    void refreshingChanged();
+
+private:
+    void readPreferences();
+    void persistMonitored();
+    void setConnection(Connection connection);
+    void setLastError(std::optional<QString> error);
+    void setRefreshing(bool refreshing);
+    void publish(QList<ProjectSnapshot> snapshots, int todayCount);
+    VercelAPI makeApi(const QString& token) const;
+    void cancelLoop();
+    bool handlePassError(const RequestError& error);
+    void startDemo();
+    std::chrono::milliseconds pauseAfterPass() const;
+    static QCoro::Task<> runDemoTicks(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
+    static QCoro::Task<> runLoop(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
+
+    Services services_;
+    Connection connection_;
+    std::optional<KeychainMode> keychainMode_;
+    TokenExpiry tokenExpiry_;
+    QList<ProjectRef> availableProjects_;
+    QList<ProjectSnapshot> snapshots_;
+    int todayCount_ = 0;
+    std::optional<QDateTime> lastRefresh_;
+    bool isRefreshing_ = false;
+    bool hasLoadedOnce_ = false;
+    std::optional<QString> lastError_;
+    bool isDemo_ = false;
+    std::unique_ptr<DemoDirector> demo_;
+    QSet<QString> monitoredIDs_;
+    int refreshInterval_ = 30;
+    bool notifyOnFailure_ = true;
+    bool countProductionOnly_ = false;
+    bool launchAtLogin_ = false;
+    QString language_ = QStringLiteral("auto");
+    bool heroMonochrome_ = true;
+    bool liveActivity_ = true;
+    std::optional<VercelAPI> api_;
+    // Bumped when the token is removed, so a pass still waiting on the network publishes nothing.
+    quint64 generation_ = 0;
+    QList<Scope> scopes_;
+    std::shared_ptr<Cancellation> loopTask_;
+    QHash<QString, DeployStatus> previousStatus_;
+    QSet<QString> notifiedDeployments_;
+    std::optional<Tone> previewTone_;
+};

@@ -1,0 +1,164 @@
+// Turning a token into a connection: the user check, the scopes, the token's expiry and the
+// project list.
+#include "core/common/Language.h"
+#include "core/common/Preferences.h"
+#include "core/keychain/KeychainStore.h"
+#include "core/monitor/AppState.h"
+#include "core/monitor/PreferenceKeys.h"
+
+#include <QCollator>
+
+namespace {
+
+const VercelAPI::Query noQuery;
+const VercelAPI::Query limit100{{QStringLiteral("limit"), QStringLiteral("100")}};
+
+QList<Scope> scopesFor(const VercelUser& user, const QList<VercelTeam>& teams) {
+    QList<Scope> scopes;
+    const bool defaultTeamFound =
+        user.defaultTeamId && std::any_of(teams.begin(), teams.end(), [&](const VercelTeam& t) {
+            return t.id == *user.defaultTeamId;
+        });
+    if (defaultTeamFound) {
+        for (const VercelTeam& team : teams) {
+            if (team.id == *user.defaultTeamId)
+                scopes.append({team.id, team.slug});
+        }
+        for (const VercelTeam& team : teams) {
+            if (team.id != *user.defaultTeamId)
+                scopes.append({team.id, team.slug});
+        }
+        return scopes;
+    }
+    scopes.append({std::nullopt, user.username});
+    for (const VercelTeam& team : teams)
+        scopes.append({team.id, team.slug});
+    return scopes;
+}
+
+TokenExpiry expiryFrom(const RequestResult<TokenInfoResponse>& answer) {
+    if (!answer)
+        return TokenExpiry::unknown();
+    if (!answer->token.expiresAt)
+        return TokenExpiry::never();
+    const auto ms = static_cast<qint64>(*answer->token.expiresAt);
+    return TokenExpiry::at(QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC));
+}
+
+} // namespace
+
+QCoro::Task<> AppState::connect(QString token) {
+    QPointer<AppState> self(this);
+    setConnection(Connection::checking());
+    const VercelAPI client = makeApi(token);
+
+    const RequestResult<UserResponse> user =
+        co_await client.get<UserResponse>(QStringLiteral("/v2/user"), noQuery);
+    if (!self)
+        co_return;
+    if (!user) {
+        api_.reset();
+        setConnection(Connection::failed(user.error().message()));
+        co_return;
+    }
+    const RequestResult<TeamsResponse> teams =
+        co_await client.get<TeamsResponse>(QStringLiteral("/v2/teams"), limit100);
+    if (!self)
+        co_return;
+
+    api_ = client;
+    scopes_ = scopesFor(user->user, teams ? teams->teams : QList<VercelTeam>());
+    setConnection(Connection::connected(user->user.username));
+    setLastError(std::nullopt);
+
+    const RequestResult<TokenInfoResponse> info =
+        co_await client.get<TokenInfoResponse>(QStringLiteral("/v5/user/tokens/current"), noQuery);
+    if (!self)
+        co_return;
+    tokenExpiry_ = expiryFrom(info);
+    Q_EMIT changed();
+
+    co_await loadProjects();
+    if (!self)
+        co_return;
+    startLoop();
+}
+
+QCoro::Task<> AppState::loadProjects() {
+    if (!api_)
+        co_return;
+    QPointer<AppState> self(this);
+    const VercelAPI client = *api_;
+    const QList<Scope> scopes = scopes_;
+    QList<ProjectRef> refs;
+    QSet<QString> seen;
+    for (const Scope& scope : scopes) {
+        const RequestResult<ProjectsResponse> answer = co_await client.get<ProjectsResponse>(
+            QStringLiteral("/v9/projects"), VercelAPI::withTeam(scope.teamId, limit100));
+        if (!self)
+            co_return;
+        if (!answer)
+            continue;
+        for (const VercelProject& project : answer->projects) {
+            if (seen.contains(project.id))
+                continue;
+            seen.insert(project.id);
+            refs.append({project.id, project.name, scope.teamId, scope.slug});
+        }
+    }
+    QCollator collator;
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::stable_sort(refs.begin(), refs.end(), [&](const ProjectRef& a, const ProjectRef& b) {
+        return collator.compare(a.name, b.name) < 0;
+    });
+    availableProjects_ = refs;
+    Q_EMIT availableProjectsChanged();
+    Q_EMIT changed();
+
+    const bool configured =
+        services_.preferences.boolean(PreferenceKeys::projectsConfigured).value_or(false);
+    if (!configured && !refs.isEmpty()) {
+        monitoredIDs_.clear();
+        for (const ProjectRef& ref : refs)
+            monitoredIDs_.insert(ref.id);
+        persistMonitored();
+    }
+}
+
+QCoro::Task<> AppState::saveToken(QString raw) {
+    if (isDemo_)
+        co_return;
+    const QString token = raw.trimmed();
+    if (token.isEmpty())
+        co_return;
+    const auto stored = services_.keychain.storeToken(token);
+    if (!stored) {
+        setLastError(stored.error().errorDescription());
+        co_return;
+    }
+    keychainMode_ = stored.value();
+    setLastError(std::nullopt);
+    Q_EMIT changed();
+    co_await connect(token);
+}
+
+void AppState::removeToken() {
+    if (isDemo_)
+        return;
+    services_.keychain.deleteToken();
+    cancelLoop();
+    ++generation_;
+    setRefreshing(false);
+    api_.reset();
+    scopes_.clear();
+    keychainMode_.reset();
+    tokenExpiry_ = TokenExpiry::unknown();
+    snapshots_.clear();
+    availableProjects_.clear();
+    todayCount_ = 0;
+    hasLoadedOnce_ = false;
+    Q_EMIT snapshotsChanged();
+    Q_EMIT availableProjectsChanged();
+    setConnection(Connection::noToken());
+    Q_EMIT changed();
+}

@@ -1,0 +1,121 @@
+// The polling loop and one refresh pass.
+#include "core/common/Language.h"
+#include "core/monitor/AppState.h"
+#include "core/monitor/FailureNotificationText.h"
+#include "core/monitor/PassAccumulator.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const VercelAPI::Query limit100{{QStringLiteral("limit"), QStringLiteral("100")}};
+
+// Local midnight of the day `now` falls in.
+QDateTime startOfDay(const QDateTime& now) {
+    return now.toLocalTime().date().startOfDay();
+}
+
+} // namespace
+
+// Answers true when the error ends the pass: a rejected token ends the connection and the loop.
+bool AppState::handlePassError(const RequestError& error) {
+    if (error.isUnauthorized()) {
+        setConnection(Connection::failed(error.message()));
+        cancelLoop();
+        setRefreshing(false);
+        return true;
+    }
+    setLastError(error.message());
+    return false;
+}
+
+QCoro::Task<> AppState::refresh() {
+    if (!api_ || isRefreshing_ || !connection_.isConnected())
+        co_return;
+    QPointer<AppState> self(this);
+    const quint64 generation = generation_;
+    auto abandoned = [&] { return !self || self->generation_ != generation; };
+    setRefreshing(true);
+    const VercelAPI client = *api_;
+    const QList<Scope> scopes = scopes_;
+    PassAccumulator pass(availableProjects_);
+
+    for (const Scope& scope : scopes) {
+        const VercelAPI::Query query = VercelAPI::withTeam(scope.teamId, limit100);
+        const auto projects =
+            co_await client.get<ProjectsResponse>(QStringLiteral("/v9/projects"), query);
+        if (abandoned())
+            co_return;
+        if (!projects) {
+            if (handlePassError(projects.error()))
+                co_return;
+            continue;
+        }
+        pass.addProjects(projects->projects);
+
+        const auto deployments =
+            co_await client.get<DeploymentsResponse>(QStringLiteral("/v6/deployments"), query);
+        if (abandoned())
+            co_return;
+        if (!deployments) {
+            if (handlePassError(deployments.error()))
+                co_return;
+            continue;
+        }
+        pass.addDeployments(scope.slug, deployments->deployments);
+    }
+
+    PassAccumulator::Result result = pass.finish(effectiveMonitoredIDs(), countProductionOnly_,
+                                                 startOfDay(services_.clock.now()));
+    notifyFailures(result.snapshots);
+    hasLoadedOnce_ = true;
+    publish(std::move(result.snapshots), result.todayCount);
+    if (lastError_ && !snapshots_.isEmpty())
+        setLastError(std::nullopt);
+    setRefreshing(false);
+}
+
+std::chrono::milliseconds AppState::pauseAfterPass() const {
+    const bool building = std::any_of(snapshots_.begin(), snapshots_.end(), [](const auto& s) {
+        return s.latest && isInProgress(s.latest->status());
+    });
+    if (building)
+        return 8s;
+    return std::chrono::seconds(std::max(refreshInterval_, 10));
+}
+
+void AppState::startLoop() {
+    cancelLoop();
+    loopTask_ = std::make_shared<Cancellation>();
+    runLoop(QPointer<AppState>(this), loopTask_);
+}
+
+void AppState::cancelLoop() {
+    if (loopTask_)
+        loopTask_->cancel();
+    loopTask_.reset();
+}
+
+QCoro::Task<> AppState::runLoop(QPointer<AppState> self, std::shared_ptr<Cancellation> token) {
+    while (self && !token->isCancelled()) {
+        co_await self->refresh();
+        if (!self || token->isCancelled())
+            co_return;
+        Clock& clock = self->clock();
+        co_await clock.sleep(self->pauseAfterPass(), token);
+    }
+}
+
+void AppState::notifyFailures(const QList<ProjectSnapshot>& snapshots) {
+    const bool firstPass = previousStatus_.isEmpty();
+    for (const ProjectSnapshot& snapshot : snapshots) {
+        const DeployStatus status = snapshot.status();
+        if (notifyOnFailure_ && !firstPass && snapshot.latest && status == DeployStatus::error &&
+            !notifiedDeployments_.contains(snapshot.latest->deploymentID()) &&
+            previousStatus_.value(snapshot.id, DeployStatus::unknown) != DeployStatus::error) {
+            notifiedDeployments_.insert(snapshot.latest->deploymentID());
+            services_.notifications.post(failureNotification(snapshot));
+        }
+        previousStatus_.insert(snapshot.id, status);
+    }
+}

@@ -1,0 +1,32 @@
+// "Copy for AI": the failure report of a project's latest deployment, with the relevant part of
+// its build log.
+#include "core/demo/DemoDirector.h"
+#include "core/monitor/AppState.h"
+#include "core/vercel/BuildLog.h"
+#include "core/vercel/FailureReport.h"
+
+QCoro::Task<std::optional<QString>> AppState::failureReport(ProjectSnapshot snapshot) const {
+    if (!snapshot.latest)
+        co_return std::nullopt;
+    QStringList lines;
+    if (isDemo_) {
+        lines = DemoDirector::buildLog(snapshot.name);
+    } else if (api_ && !snapshot.latest->deploymentID().isEmpty()) {
+        // Any failure gives the same report with "(log unavailable)": the user is not told why.
+        const RequestResult<QStringList> log =
+            co_await buildLog(*api_, snapshot.latest->deploymentID(), snapshot.teamId);
+        if (log)
+            lines = log.value();
+    }
+    co_return failureReportText(snapshot, relevantLogExcerpt(lines));
+}
+
+QCoro::Task<bool> AppState::copyFailureReport(ProjectSnapshot snapshot) {
+    QPointer<AppState> self(this);
+    ClipboardService& clipboard = services_.clipboard;
+    const std::optional<QString> report = co_await failureReport(std::move(snapshot));
+    if (!report || !self)
+        co_return false;
+    clipboard.setText(*report);
+    co_return true;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <optional>
+
+// The link to the Vercel account.
+struct Connection {
+    enum class Kind { connected, failed, noToken, checking };
+    Kind kind = Kind::noToken;
+    QString detail; // account name when connected, message when failed
+
+    static Connection connected(QString account) { return {Kind::connected, std::move(account)}; }
+    static Connection failed(QString message) { return {Kind::failed, std::move(message)}; }
+    static Connection noToken() { return {Kind::noToken, {}}; }
+    static Connection checking() { return {Kind::checking, {}}; }
+
+    bool isConnected() const { return kind == Kind::connected; }
+    friend bool operator==(const Connection&, const Connection&) = default;
+};
+
+// When Vercel will disable the token.
+struct TokenExpiry {
+    enum class Kind { at, unknown, never };
+    Kind kind = Kind::unknown;
+    QDateTime date; // only for `at`
+
+    static TokenExpiry at(QDateTime date) { return {Kind::at, std::move(date)}; }
+    static TokenExpiry unknown() { return {Kind::unknown, {}}; }
+    static TokenExpiry never() { return {Kind::never, {}}; }
+    friend bool operator==(const TokenExpiry&, const TokenExpiry&) = default;
+};
+
+// The state of the whole application as one value, for colours and emblems.
+enum class Tone { disconnected, idle, success, building, queued, error };
+
+// One account scope a pass polls: the personal account (no team id, the user name as slug) or a
+// team.
+struct Scope {
+    std::optional<QString> teamId;
+    QString slug;
+    friend bool operator==(const Scope&, const Scope&) = default;
+};

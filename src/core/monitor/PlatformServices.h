@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+#include <optional>
+
+// The desktop services the engine needs, each behind a narrow interface handed to AppState, so
+// tests hand it their own and another desktop can be added without touching the core.
+
+// "Open at login".
+class LoginItemService {
+public:
+    virtual ~LoginItemService() = default;
+    virtual bool isEnabled() const = 0;
+    // Answers the system's message when the change was refused.
+    virtual std::optional<QString> setEnabled(bool enabled) = 0;
+};
+
+// One failure notification, already in the user's language.
+struct FailureNotification {
+    QString identifier; // the deployment id
+    QString title;
+    QString body;
+    std::optional<QUrl> url; // opened when the notification is clicked
+};
+
+class NotificationService {
+public:
+    virtual ~NotificationService() = default;
+    // Asks to show alerts with sound; the answer is not needed.
+    virtual void requestAuthorization() = 0;
+    virtual void post(const FailureNotification& notification) = 0;
+};
+
+// The system clipboard, as plain text.
+class ClipboardService {
+public:
+    virtual ~ClipboardService() = default;
+    virtual void setText(const QString& text) = 0;
+};
