@@ -1,0 +1,13 @@
+#include "platform/LinuxServices.h"
+
+#include "core/common/Preferences.h"
+
+LinuxServices::LinuxServices(const QString& executable, ClipboardService& clipboard,
+                             FreedesktopNotifier::UrlOpener openUrl)
+    : loginItem(executable), notifications(QDBusConnection::sessionBus(), std::move(openUrl)),
+      clipboard_(clipboard) {}
+
+AppState::Services LinuxServices::services(const QUrl& apiBase) {
+    return AppState::Services{
+        Preferences::standard(), keychain, loginItem, notifications, clipboard_, clock, apiBase};
+}

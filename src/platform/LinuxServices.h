@@ -1,0 +1,26 @@
+#pragma once
+
+#include "core/keychain/KeychainStore.h"
+#include "core/monitor/AppState.h"
+#include "platform/FreedesktopNotifier.h"
+#include "platform/LibsecretBackend.h"
+#include "platform/XdgAutostart.h"
+
+// The Linux implementation of every service the engine is handed, owned together. The clipboard
+// differs between the tray (the desktop's) and the terminal, so the caller brings it.
+class LinuxServices {
+public:
+    LinuxServices(const QString& executable, ClipboardService& clipboard,
+                  FreedesktopNotifier::UrlOpener openUrl);
+
+    AppState::Services services(const QUrl& apiBase);
+
+    LibsecretBackend secrets;
+    KeychainStore keychain{secrets};
+    XdgAutostart loginItem;
+    FreedesktopNotifier notifications;
+    SystemClock clock;
+
+private:
+    ClipboardService& clipboard_;
+};

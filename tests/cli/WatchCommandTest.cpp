@@ -1,0 +1,114 @@
+// quillon-cli watch as a process: the engine against a loopback Vercel account, and the demo.
+#include "support/FakeVercelAccount.h"
+#include "support/QtPrinters.h"
+
+#include <QCoro/QCoroProcess>
+#include <QDateTime>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
+using Response = LoopbackHttpServer::Response;
+
+namespace {
+
+const QString token = QStringLiteral("vc_watch_Zr81Qk2L");
+
+struct WatchRun {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+class WatchCommandTest : public ::testing::Test {
+protected:
+    LoopbackHttpServer server;
+    FakeVercelAccount account{server};
+    QTemporaryDir home;
+
+    QProcessEnvironment environment() const {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("VERCEL_TOKEN", token);
+        env.insert("QUILLON_API_BASE", server.baseUrl().toString());
+        env.insert("LANGUAGE", "en");
+        env.insert("LC_ALL", "C.UTF-8");
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        // No keyring and no notification server: the watch needs neither.
+        env.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + home.filePath("no-bus"));
+        env.remove("QUILLON_DEMO");
+        return env;
+    }
+
+    WatchRun run(const QStringList& args, const QProcessEnvironment& env) {
+        QProcess process;
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(QUILLON_CLI_PATH), args);
+        EXPECT_TRUE(QCoro::waitFor(qCoro(process).waitForFinished(30s))) << "watch did not end";
+        WatchRun result{process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                        QString::fromUtf8(process.readAllStandardError())};
+        EXPECT_FALSE(result.out.contains(token) || result.err.contains(token));
+        return result;
+    }
+
+    static double minutesAgo(int minutes) {
+        return static_cast<double>(QDateTime::currentMSecsSinceEpoch() - minutes * 60'000LL);
+    }
+};
+
+} // namespace
+
+TEST_F(WatchCommandTest, OncePrintsOnePassWithTwoRequestsPerScope) {
+    account.addTeam("team_1", "acme");
+    account.addProject("", "p_web", "web");
+    account.addProject("team_1", "p_api", "api");
+    account.addDeployment(
+        "", FakeVercelAccount::deployment("dpl_1", "p_web", "BUILDING", minutesAgo(2)));
+    account.addDeployment("team_1", FakeVercelAccount::deployment("dpl_2", "p_api", "READY",
+                                                                  minutesAgo(2 * 1440),
+                                                                  minutesAgo(2 * 1440 - 1)));
+    const WatchRun result = run({"watch", "--once"}, environment());
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    const QStringList lines = result.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3) << result.out.toStdString();
+    // Just after midnight the build started yesterday and today's count is still 0.
+    const bool startedToday =
+        QDateTime::fromMSecsSinceEpoch(qint64(minutesAgo(2))).date() == QDate::currentDate();
+    const QString count = startedToday ? "1" : "0";
+    EXPECT_TRUE(lines[0].endsWith("] building · 1 building · today " + count))
+        << lines[0].toStdString();
+    EXPECT_EQ(lines[1], "  Building  web  main  4f2a9c1  Fix login  2 min ago");
+    EXPECT_EQ(lines[2], "  Live  api  main  4f2a9c1  Fix login  2 d ago");
+    EXPECT_EQ(account.requestCount("/v9/projects"), 2 + 2); // project list, then one pass
+    EXPECT_EQ(account.requestCount("/v6/deployments"), 2);
+}
+
+TEST_F(WatchCommandTest, RejectedTokenEndsTheWatchWithTheSentence) {
+    account.failures.insert("/v2/user", Response::vercelError(401, "unauthorized", "no"));
+    const WatchRun result = run({"watch"}, environment());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err.trimmed(),
+              "Connection failed: Token rejected by Vercel. It is invalid or expired.");
+}
+
+TEST_F(WatchCommandTest, DemoNeedsNoAccountAndNoNetwork) {
+    QProcessEnvironment env = environment();
+    env.insert("QUILLON_DEMO", "1");
+    env.remove("VERCEL_TOKEN");
+    const WatchRun result = run({"watch", "--once"}, env);
+    EXPECT_EQ(result.exitCode, 0);
+    const QStringList lines = result.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 7);
+    EXPECT_TRUE(lines[0].endsWith("· today 11"));
+    EXPECT_TRUE(lines[1].startsWith("  Live  my-saas  main"));
+    EXPECT_TRUE(server.requests().isEmpty());
+}
+
+TEST_F(WatchCommandTest, WithoutAnyTokenItSaysHowToGetOne) {
+    QProcessEnvironment env = environment();
+    env.remove("VERCEL_TOKEN");
+    const WatchRun result = run({"watch", "--once"}, env);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(result.err.contains("quillon-cli token set"));
+    EXPECT_TRUE(server.requests().isEmpty());
+}
