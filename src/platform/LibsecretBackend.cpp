@@ -63,17 +63,81 @@ auto finishCall(SecretServiceSession& session, const GlibAsyncRunner::Start& sta
 
 SecretFailure missingCollection(KeychainMode copy) {
     return {LibsecretBackend::noCollection,
-            copy == KeychainMode::synced
-                ? Language::text("There is no login keyring.", "Il n'y a pas de trousseau de "
-                                                               "connexion.")
-                : Language::text("There is no session keyring.", "Il n'y a pas de trousseau de "
-                                                                 "session.")};
+            copy == KeychainMode::synced ? Language::text("There is no login keyring.",
+                                                          "Il n'y a pas de trousseau de connexion.")
+                                         : Language::text("There is no session keyring.",
+                                                          "Il n'y a pas de trousseau de session.")};
 }
 
 SecretFailure lockedCollection() {
     return {LibsecretBackend::locked,
             Language::text("The keyring is locked.", "Le trousseau est verrouillé.")};
 }
+
+// The collection a copy goes to, looked up without unlocking or creating it: either would prompt
+// for a password, which a tray must not wait on. A locked or missing login keyring leaves the
+// token in the session collection only.
+Expected<GObjectPtr<SecretCollection>, SecretFailure>
+writableCollection(SecretServiceSession& session, SecretService* service, KeychainMode copy) {
+    auto found = finishCall(
+        session,
+        [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
+            secret_collection_for_alias(service, collectionAlias(copy), SECRET_COLLECTION_NONE,
+                                        cancellable, done, context);
+        },
+        [](GAsyncResult* result, GError** error) {
+            return secret_collection_for_alias_finish(result, error);
+        });
+    GObjectPtr<SecretCollection> collection(found.value);
+    if (found.failure)
+        return *found.failure;
+    if (!collection)
+        return missingCollection(copy);
+    if (secret_collection_get_locked(collection.get()))
+        return lockedCollection();
+    return collection;
+}
+
+std::optional<SecretFailure> createItem(SecretServiceSession& session, SecretCollection* collection,
+                                        KeychainMode copy, const QByteArray& data,
+                                        const QString& label) {
+    const GHashTablePtr attributes = itemAttributes(copy);
+    const QByteArray labelText = label.toUtf8();
+    const SecretValuePtr value(secret_value_new(data.constData(), data.size(), "text/plain"));
+    auto created = finishCall(
+        session,
+        [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
+            secret_item_create(collection, &kSchema, attributes.get(), labelText.constData(),
+                               value.get(), SECRET_ITEM_CREATE_REPLACE, cancellable, done, context);
+        },
+        [](GAsyncResult* result, GError** error) {
+            return secret_item_create_finish(result, error);
+        });
+    const GObjectPtr<SecretItem> item(created.value);
+    if (created.failure)
+        return created.failure;
+    if (!item) // a prompt the user dismissed
+        return SecretFailure{LibsecretBackend::refused,
+                             Language::text("The keyring refused to store the token.",
+                                            "Le trousseau a refusé d'enregistrer le jeton.")};
+    return std::nullopt;
+}
+
+// Holds the Secret Service for the length of one backend call.
+class ServiceUse {
+public:
+    explicit ServiceUse(SecretServiceSession& session)
+        : session_(session), service_(session.service()) {}
+    ~ServiceUse() { session_.release(); }
+    ServiceUse(const ServiceUse&) = delete;
+    ServiceUse& operator=(const ServiceUse&) = delete;
+
+    const Expected<SecretService*, SecretFailure>& service() const { return service_; }
+
+private:
+    SecretServiceSession& session_;
+    Expected<SecretService*, SecretFailure> service_;
+};
 
 } // namespace
 
@@ -82,61 +146,31 @@ LibsecretBackend::LibsecretBackend() : session_(std::make_unique<SecretServiceSe
 LibsecretBackend::~LibsecretBackend() = default;
 
 int LibsecretBackend::addItem(KeychainMode copy, const QByteArray& data, const QString& label) {
-    const Expected<SecretService*, SecretFailure> service = session_->service();
-    if (!service)
-        return fail(service.error());
-    // Looked up without unlocking or creating: either would prompt for a password, and a tray
-    // must not block on that. A locked or missing login keyring leaves the session copy.
-    auto found = finishCall(
-        *session_,
-        [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
-            secret_collection_for_alias(*service, collectionAlias(copy), SECRET_COLLECTION_NONE,
-                                        cancellable, done, context);
-        },
-        [](GAsyncResult* result, GError** error) {
-            return secret_collection_for_alias_finish(result, error);
-        });
-    const GObjectPtr<SecretCollection> collection(found.value);
-    if (found.failure)
-        return fail(*found.failure);
+    const ServiceUse use(*session_);
+    if (!use.service())
+        return fail(use.service().error());
+    const Expected<GObjectPtr<SecretCollection>, SecretFailure> collection =
+        writableCollection(*session_, *use.service(), copy);
     if (!collection)
-        return fail(missingCollection(copy));
-    if (secret_collection_get_locked(collection.get()))
-        return fail(lockedCollection());
-
-    const GHashTablePtr attributes = itemAttributes(copy);
-    const QByteArray labelText = label.toUtf8();
-    const SecretValuePtr value(secret_value_new(data.constData(), data.size(), "text/plain"));
-    auto created = finishCall(
-        *session_,
-        [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
-            secret_item_create(collection.get(), &kSchema, attributes.get(), labelText.constData(),
-                               value.get(), SECRET_ITEM_CREATE_REPLACE, cancellable, done, context);
-        },
-        [](GAsyncResult* result, GError** error) {
-            return secret_item_create_finish(result, error);
-        });
-    const GObjectPtr<SecretItem> item(created.value);
-    if (created.failure)
-        return fail(*created.failure);
-    if (!item) // a prompt the user dismissed
-        return fail({refused, Language::text("The keyring refused to store the token.",
-                                             "Le trousseau a refusé d'enregistrer le jeton.")});
+        return fail(collection.error());
+    if (const auto failure = createItem(*session_, collection->get(), copy, data, label))
+        return fail(*failure);
     return 0;
 }
 
 int LibsecretBackend::deleteItems(KeychainMode copy) {
-    const Expected<SecretService*, SecretFailure> service = session_->service();
-    if (!service)
-        return fail(service.error());
+    const ServiceUse use(*session_);
+    if (!use.service())
+        return fail(use.service().error());
+    SecretService* service = *use.service();
     const GHashTablePtr attributes = itemAttributes(copy);
     auto cleared = finishCall(
         *session_,
         [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
-            secret_service_clear(*service, &kSchema, attributes.get(), cancellable, done, context);
+            secret_service_clear(service, &kSchema, attributes.get(), cancellable, done, context);
         },
         [&](GAsyncResult* result, GError** error) {
-            return secret_service_clear_finish(*service, result, error);
+            return secret_service_clear_finish(service, result, error);
         });
     if (cleared.failure)
         return fail(*cleared.failure);
@@ -144,20 +178,21 @@ int LibsecretBackend::deleteItems(KeychainMode copy) {
 }
 
 SecretBackend::Match LibsecretBackend::copyMatching(KeychainMode copy) {
-    const Expected<SecretService*, SecretFailure> service = session_->service();
-    if (!service)
-        return {fail(service.error()), {}};
+    const ServiceUse use(*session_);
+    if (!use.service())
+        return {fail(use.service().error()), {}};
+    SecretService* service = *use.service();
     const GHashTablePtr attributes = itemAttributes(copy);
     // Secrets load only for unlocked items: a locked login keyring reads as no synced copy
     // rather than a password prompt.
     auto searched = finishCall(
         *session_,
         [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
-            secret_service_search(*service, &kSchema, attributes.get(), SECRET_SEARCH_LOAD_SECRETS,
+            secret_service_search(service, &kSchema, attributes.get(), SECRET_SEARCH_LOAD_SECRETS,
                                   cancellable, done, context);
         },
         [&](GAsyncResult* result, GError** error) {
-            return secret_service_search_finish(*service, result, error);
+            return secret_service_search_finish(service, result, error);
         });
     const GObjectListPtr items(searched.value);
     if (searched.failure)

@@ -97,17 +97,16 @@ std::chrono::milliseconds remaining(const QDeadlineTimer& deadline) {
 } // namespace
 
 SecretServiceSession::~SecretServiceSession() {
-    drop();
+    release();
 }
 
 Expected<SecretService*, SecretFailure> SecretServiceSession::service() {
-    if (service_ && !g_dbus_connection_is_closed(bus_.get()))
+    if (service_)
         return service_.get();
     if (unresponsive_ && !quietUntil_.hasExpired())
         return *unresponsive_;
-    drop();
     if (const std::optional<SecretFailure> failure = open()) {
-        drop();
+        release();
         return remember(*failure);
     }
     unresponsive_.reset();
@@ -122,8 +121,6 @@ SecretFailure SecretServiceSession::failure(GError* error) {
     const int status = error ? statusOf(error) : LibsecretBackend::timedOut;
     if (status == LibsecretBackend::timedOut)
         return remember({status, timeoutMessage()});
-    if (status == LibsecretBackend::noService)
-        drop(); // the daemon went away; the next call looks for it again
     return {status, messageOf(error)};
 }
 
@@ -157,14 +154,14 @@ std::optional<SecretFailure> SecretServiceSession::open() {
 
 SecretFailure SecretServiceSession::remember(SecretFailure failure) {
     if (failure.status == LibsecretBackend::timedOut) {
-        drop();
+        release();
         unresponsive_ = failure;
         quietUntil_.setRemainingTime(kQuietPeriod);
     }
     return failure;
 }
 
-void SecretServiceSession::drop() {
+void SecretServiceSession::release() {
     GlibAsyncRunner::Scope scope(runner_); // the proxy unsubscribes in the context it used
     service_.reset();
     bus_.reset();

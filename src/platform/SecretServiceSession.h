@@ -13,8 +13,9 @@ struct SecretFailure {
     QString message;
 };
 
-// The Secret Service proxy on the session bus of the environment, opened on first use and opened
-// again after the service went away.
+// The Secret Service proxy on the session bus of the environment, held for one backend call at a
+// time: the service is asked rarely (at start-up, when a token is pasted or removed), and a proxy
+// kept between calls would pile up the service's signals in a context that runs only during calls.
 class SecretServiceSession {
 public:
     SecretServiceSession() = default;
@@ -22,17 +23,17 @@ public:
     SecretServiceSession(const SecretServiceSession&) = delete;
     SecretServiceSession& operator=(const SecretServiceSession&) = delete;
 
+    // Opens the proxy unless it is open; it stays open until release().
     Expected<SecretService*, SecretFailure> service();
+    void release();
     // Runs one call against the service, bounded in time.
     GObjectPtr<GAsyncResult> call(const GlibAsyncRunner::Start& start);
-    // Classifies a failed call (no error: it never answered); a service that vanished or hung
-    // is dropped.
+    // Classifies a failed call (no error: it never answered).
     SecretFailure failure(GError* error);
 
 private:
     std::optional<SecretFailure> open();
     SecretFailure remember(SecretFailure failure);
-    void drop();
 
     GlibAsyncRunner runner_;
     GObjectPtr<GDBusConnection> bus_; // the process's shared session connection

@@ -2,34 +2,47 @@
 
 #include "core/keychain/SecretBackend.h"
 
-#include <QHash>
+#include <map>
 
-// A keyring in memory whose writes can be told to fail.
+// A secret store in memory that behaves like a keychain: adding over an existing item fails as a
+// duplicate, reading a missing one fails as not found. Any copy can be told to fail its writes or
+// reads with a given status.
 class MemorySecretBackend final : public SecretBackend {
 public:
-    QHash<KeychainMode, QByteArray> items;
-    QHash<KeychainMode, int> addFailures; // copy → status its adds answer
+    static constexpr int duplicateItem = -25299;
+    static constexpr int itemNotFound = -25300;
 
-    void failAdds(int status) {
-        addFailures.insert(KeychainMode::synced, status);
-        addFailures.insert(KeychainMode::localOnly, status);
-    }
+    std::map<KeychainMode, QByteArray> items;
+    std::map<KeychainMode, QString> labels;
+    std::map<KeychainMode, int> failingWrites;
+    std::map<KeychainMode, int> failingReads;
+    std::map<int, QString> messages;
 
-    int addItem(KeychainMode copy, const QByteArray& data, const QString&) override {
-        if (addFailures.contains(copy))
-            return addFailures.value(copy);
-        items.insert(copy, data);
+    int addItem(KeychainMode copy, const QByteArray& data, const QString& label) override {
+        if (const auto failing = failingWrites.find(copy); failing != failingWrites.end())
+            return failing->second;
+        if (items.count(copy))
+            return duplicateItem;
+        items[copy] = data;
+        labels[copy] = label;
         return 0;
     }
-    int deleteItems(KeychainMode copy) override { return items.remove(copy) ? 0 : -1; }
+
+    int deleteItems(KeychainMode copy) override { return items.erase(copy) ? 0 : itemNotFound; }
+
     Match copyMatching(KeychainMode copy) override {
-        if (!items.contains(copy))
-            return {-1, {}};
-        return {0, items.value(copy)};
+        if (const auto failing = failingReads.find(copy); failing != failingReads.end())
+            return {failing->second, {}};
+        const auto found = items.find(copy);
+        if (found == items.end())
+            return {itemNotFound, {}};
+        return {0, found->second};
     }
+
     std::optional<QString> errorMessage(int status) const override {
-        if (status == -2)
-            return QStringLiteral("The collection is locked");
-        return std::nullopt;
+        const auto found = messages.find(status);
+        if (found == messages.end())
+            return std::nullopt;
+        return found->second;
     }
 };

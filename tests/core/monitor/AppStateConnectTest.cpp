@@ -95,11 +95,12 @@ TEST_F(EngineFixture, SaveTokenTrimsStoresAndConnects) {
 }
 
 TEST_F(EngineFixture, SaveTokenWithBrokenKeyringShowsTheErrorAndDoesNotConnect) {
-    secrets.failAdds(-2);
+    secrets.failingWrites = {{KeychainMode::synced, -3}, {KeychainMode::localOnly, -3}};
+    secrets.messages[-3] = "The collection is locked";
     AppState& s = makeState();
     QCoro::waitFor(s.saveToken("tok"));
     ASSERT_TRUE(s.lastError());
-    EXPECT_TRUE(s.lastError()->startsWith("Keyring error: ")) << s.lastError()->toStdString();
+    EXPECT_EQ(s.lastError(), "Keyring error: The collection is locked");
     EXPECT_EQ(s.connection(), Connection::noToken());
     EXPECT_TRUE(server.requests().isEmpty());
 }
