@@ -52,59 +52,58 @@ void AppState::start(bool demoMode) {
 
 // Preferences -----------------------------------------------------------------------------
 
+void AppState::announcePreferences() {
+    Q_EMIT preferencesChanged();
+    Q_EMIT changed();
+}
+
+void AppState::storeBoolean(bool& field, const QString& key, bool value) {
+    field = value;
+    services_.preferences.setBoolean(key, value);
+    announcePreferences();
+}
+
 void AppState::setRefreshInterval(int seconds) {
     refreshInterval_ = seconds;
     services_.preferences.setInteger(PreferenceKeys::refreshInterval, seconds);
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
+    announcePreferences();
 }
 
 void AppState::setNotifyOnFailure(bool on) {
-    notifyOnFailure_ = on;
-    services_.preferences.setBoolean(PreferenceKeys::notifyOnFailure, on);
+    storeBoolean(notifyOnFailure_, PreferenceKeys::notifyOnFailure, on);
     if (on)
         services_.notifications.requestAuthorization();
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
 }
 
 void AppState::setCountProductionOnly(bool on) {
-    countProductionOnly_ = on;
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
-    if (isDemo_)
+    if (isDemo_) {
+        countProductionOnly_ = on;
+        announcePreferences();
         return;
-    services_.preferences.setBoolean(PreferenceKeys::countProductionOnly, on);
+    }
+    storeBoolean(countProductionOnly_, PreferenceKeys::countProductionOnly, on);
     refresh();
 }
 
 void AppState::setLanguage(const QString& language) {
     language_ = language;
     services_.preferences.setString(PreferenceKeys::appLanguage, language);
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
+    announcePreferences();
 }
 
 void AppState::setHeroMonochrome(bool on) {
-    heroMonochrome_ = on;
-    services_.preferences.setBoolean(PreferenceKeys::heroMonochrome, on);
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
+    storeBoolean(heroMonochrome_, PreferenceKeys::heroMonochrome, on);
 }
 
 void AppState::setLiveActivity(bool on) {
-    liveActivity_ = on;
-    services_.preferences.setBoolean(PreferenceKeys::liveActivity, on);
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
+    storeBoolean(liveActivity_, PreferenceKeys::liveActivity, on);
 }
 
 void AppState::setLaunchAtLogin(bool enabled) {
     if (const std::optional<QString> failure = services_.loginItem.setEnabled(enabled))
         setLastError(*failure);
     launchAtLogin_ = services_.loginItem.isEnabled();
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
+    announcePreferences();
 }
 
 // Monitored set ---------------------------------------------------------------------------
@@ -142,8 +141,7 @@ void AppState::setAllMonitored(bool selected) {
 }
 
 void AppState::persistMonitored() {
-    Q_EMIT preferencesChanged();
-    Q_EMIT changed();
+    announcePreferences();
     if (isDemo_) {
         rebuildDemoSnapshots();
         return;

@@ -139,6 +139,8 @@ Q_SIGNALS:
 
 private:
     void readPreferences();
+    void announcePreferences();
+    void storeBoolean(bool& field, const QString& key, bool value);
     void persistMonitored();
     void setConnection(Connection connection);
     void setLastError(std::optional<QString> error);
