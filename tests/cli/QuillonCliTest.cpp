@@ -1,10 +1,10 @@
 // quillon-cli run as a separate process against a loopback Vercel.
+#include "support/CliProcess.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/QtPrinters.h"
 
-#include <QCoro/QCoroProcess>
 #include <QDateTime>
-#include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <gtest/gtest.h>
@@ -16,12 +16,6 @@ using Response = LoopbackHttpServer::Response;
 namespace {
 
 const QString token = QStringLiteral("vc_cli_Qm4rT8zW");
-
-struct CliRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
 
 class QuillonCliTest : public ::testing::Test {
 protected:
@@ -39,20 +33,8 @@ protected:
         return env;
     }
 
-    // Runs quillon-cli while this process keeps serving; whatever it prints must not hold the
-    // token.
     CliRun run(const QStringList& args, const QProcessEnvironment& env) {
-        QProcess process;
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(QUILLON_CLI_PATH), args);
-        const bool finished = QCoro::waitFor(qCoro(process).waitForFinished(20s));
-        EXPECT_TRUE(finished) << "quillon-cli did not finish";
-        CliRun result{process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                      QString::fromUtf8(process.readAllStandardError())};
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        EXPECT_FALSE(result.out.contains(token) || result.err.contains(token))
-            << "the token was printed";
-        return result;
+        return runCli(args, env, token);
     }
     CliRun run(const QStringList& args) { return run(args, environment()); }
 };

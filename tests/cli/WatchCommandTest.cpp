@@ -1,10 +1,10 @@
 // quillon-cli watch as a process: the engine against a loopback Vercel account, and the demo.
+#include "support/CliProcess.h"
 #include "support/FakeVercelAccount.h"
 #include "support/QtPrinters.h"
 
-#include <QCoro/QCoroProcess>
 #include <QDateTime>
-#include <QProcess>
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -14,12 +14,6 @@ using Response = LoopbackHttpServer::Response;
 namespace {
 
 const QString token = QStringLiteral("vc_watch_Zr81Qk2L");
-
-struct WatchRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
 
 class WatchCommandTest : public ::testing::Test {
 protected:
@@ -40,15 +34,8 @@ protected:
         return env;
     }
 
-    WatchRun run(const QStringList& args, const QProcessEnvironment& env) {
-        QProcess process;
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(QUILLON_CLI_PATH), args);
-        EXPECT_TRUE(QCoro::waitFor(qCoro(process).waitForFinished(30s))) << "watch did not end";
-        WatchRun result{process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                        QString::fromUtf8(process.readAllStandardError())};
-        EXPECT_FALSE(result.out.contains(token) || result.err.contains(token));
-        return result;
+    CliRun run(const QStringList& args, const QProcessEnvironment& env) {
+        return runCli(args, env, token);
     }
 
     static double minutesAgo(int minutes) {
@@ -67,7 +54,7 @@ TEST_F(WatchCommandTest, OncePrintsOnePassWithTwoRequestsPerScope) {
     account.addDeployment("team_1", FakeVercelAccount::deployment("dpl_2", "p_api", "READY",
                                                                   minutesAgo(2 * 1440),
                                                                   minutesAgo(2 * 1440 - 1)));
-    const WatchRun result = run({"watch", "--once"}, environment());
+    const CliRun result = run({"watch", "--once"}, environment());
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     const QStringList lines = result.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 3) << result.out.toStdString();
@@ -85,7 +72,7 @@ TEST_F(WatchCommandTest, OncePrintsOnePassWithTwoRequestsPerScope) {
 
 TEST_F(WatchCommandTest, RejectedTokenEndsTheWatchWithTheSentence) {
     account.failures.insert("/v2/user", Response::vercelError(401, "unauthorized", "no"));
-    const WatchRun result = run({"watch"}, environment());
+    const CliRun result = run({"watch"}, environment());
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err.trimmed(),
               "Connection failed: Token rejected by Vercel. It is invalid or expired.");
@@ -95,7 +82,7 @@ TEST_F(WatchCommandTest, DemoNeedsNoAccountAndNoNetwork) {
     QProcessEnvironment env = environment();
     env.insert("QUILLON_DEMO", "1");
     env.remove("VERCEL_TOKEN");
-    const WatchRun result = run({"watch", "--once"}, env);
+    const CliRun result = run({"watch", "--once"}, env);
     EXPECT_EQ(result.exitCode, 0);
     const QStringList lines = result.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 7);
@@ -107,7 +94,7 @@ TEST_F(WatchCommandTest, DemoNeedsNoAccountAndNoNetwork) {
 TEST_F(WatchCommandTest, WithoutAnyTokenItSaysHowToGetOne) {
     QProcessEnvironment env = environment();
     env.remove("VERCEL_TOKEN");
-    const WatchRun result = run({"watch", "--once"}, env);
+    const CliRun result = run({"watch", "--once"}, env);
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_TRUE(result.err.contains("quillon-cli token set"));
     EXPECT_TRUE(server.requests().isEmpty());

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+
+// quillon-cli run as a child process while the test's event loop keeps serving its loopback
+// servers. Whatever it prints is checked not to hold `secret`.
+struct CliRun {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+CliRun runCli(const QStringList& args, const QProcessEnvironment& env, const QString& secret);
