@@ -1,6 +1,7 @@
 #include "cli/CliApi.h"
 
 #include "cli/CliCommand.h"
+#include "core/keychain/KeychainStore.h"
 
 std::optional<VercelAPI> apiFromEnvironment() {
     const QString token = qEnvironmentVariable("VERCEL_TOKEN").trimmed();
@@ -16,6 +17,17 @@ std::optional<VercelAPI> apiFromEnvironment() {
         return std::nullopt;
     }
     return VercelAPI(token, *base);
+}
+
+std::optional<QString> tokenFromEnvironmentOrKeyring(KeychainStore& keychain) {
+    const QString fromEnvironment = qEnvironmentVariable("VERCEL_TOKEN").trimmed();
+    if (!fromEnvironment.isEmpty())
+        return fromEnvironment;
+    if (const auto stored = keychain.loadToken())
+        return stored->token;
+    cliErr() << "quillon-cli: no token. Set VERCEL_TOKEN or store one with "
+                "'quillon-cli token set'.\n";
+    return std::nullopt;
 }
 
 int reportFailure(const RequestError& error) {

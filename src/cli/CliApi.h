@@ -5,6 +5,7 @@
 #include <optional>
 
 struct CliCommand;
+class KeychainStore;
 
 // Exit codes shared by the commands.
 inline constexpr int kExitFailed = 1; // Vercel or the network refused the request
@@ -14,6 +15,10 @@ inline constexpr int kExitUsage = 2;  // bad arguments or environment: nothing w
 // process list), the address from QUILLON_API_BASE. When either is unusable, says why on
 // standard error and answers absent.
 std::optional<VercelAPI> apiFromEnvironment();
+
+// The token for a run against the account: VERCEL_TOKEN when set, else the one stored in the
+// keyring. When there is none, says how to provide one on standard error and answers absent.
+std::optional<QString> tokenFromEnvironmentOrKeyring(KeychainStore& keychain);
 
 // Prints the sentence of a failed request on standard error; answers kExitFailed.
 int reportFailure(const RequestError& error);

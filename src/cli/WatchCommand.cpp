@@ -1,7 +1,9 @@
 // quillon-cli watch [--once]: the monitoring engine in a terminal, one block per pass.
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
+#include "cli/NoClipboard.h"
 #include "core/monitor/StatusLines.h"
+#include "demo/DemoHotKeyBinding.h"
 #include "platform/LinuxServices.h"
 
 #include <QCoreApplication>
@@ -11,12 +13,6 @@
 namespace {
 
 CliCommand watchCommand();
-
-// A terminal has no clipboard of its own; the report command prints instead.
-class NoClipboard final : public ClipboardService {
-public:
-    void setText(const QString&) override {}
-};
 
 // Prints each publication of the engine and says when watching is over.
 class WatchSession : public QObject {
@@ -56,16 +52,6 @@ private:
     bool once_;
 };
 
-// The token for a real run: VERCEL_TOKEN when set, else the one stored in the keyring.
-std::optional<QString> watchToken(KeychainStore& keychain) {
-    const QString fromEnvironment = qEnvironmentVariable("VERCEL_TOKEN").trimmed();
-    if (!fromEnvironment.isEmpty())
-        return fromEnvironment;
-    if (const auto stored = keychain.loadToken())
-        return stored->token;
-    return std::nullopt;
-}
-
 QCoro::Task<int> runWatch(QStringList args) {
     const bool once = args.removeAll(QStringLiteral("--once")) > 0;
     if (args == QStringList{QStringLiteral("--help")}) {
@@ -86,21 +72,22 @@ QCoro::Task<int> runWatch(QStringList args) {
     LinuxServices platform(QCoreApplication::applicationFilePath(), clipboard, nullptr);
     AppState state(platform.services(*base));
     std::optional<WatchSession> session;
+    std::unique_ptr<DemoHotKeys> hotKeys;
     if (qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1")) {
         // The demo publishes while it starts; its first complete picture is the one after.
         state.start(true);
+        // Before the first block, so whoever reads it may press the keys at once.
+        if (!once)
+            hotKeys = bindDemoHotKeys(state);
         session.emplace(state, once);
         session->printPass();
         if (once)
             co_return 0;
     } else {
         session.emplace(state, once);
-        const std::optional<QString> token = watchToken(platform.keychain);
-        if (!token) {
-            cliErr() << "quillon-cli: no token. Set VERCEL_TOKEN or store one with "
-                        "'quillon-cli token set'.\n";
+        const std::optional<QString> token = tokenFromEnvironmentOrKeyring(platform.keychain);
+        if (!token)
             co_return kExitUsage;
-        }
         state.connect(*token);
     }
     const int code = co_await qCoro(&*session, &WatchSession::finished);

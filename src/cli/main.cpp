@@ -18,8 +18,10 @@ void printHelp(QTextStream& out) {
         out << "  " << command.usage.leftJustified(30) << ' ' << command.summary << '\n';
     out << "\nOptions:\n  --help      show this help\n  --version   show the version\n\n"
            "Environment:\n"
-           "  VERCEL_TOKEN      access token (never given as an argument)\n"
-           "  QUILLON_API_BASE  Vercel API address (https://, or http:// on loopback)\n";
+           "  VERCEL_TOKEN        access token (never given as an argument)\n"
+           "  QUILLON_API_BASE    Vercel API address (https://, or http:// on loopback)\n"
+           "  QUILLON_DEMO        1: fake projects and deployments, no network\n"
+           "  QUILLON_DEMO_SPEED  plays the demo's scenes this many times faster\n";
     out.flush();
 }
 

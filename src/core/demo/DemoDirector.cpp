@@ -1,16 +1,11 @@
 #include "core/demo/DemoDirector.h"
 
 #include <QUuid>
-
-using namespace std::chrono_literals;
+#include <cmath>
 
 namespace {
 
 const QString demoScope = QStringLiteral("demo");
-
-std::chrono::milliseconds ms(double seconds) {
-    return std::chrono::milliseconds(static_cast<qint64>(seconds * 1000.0));
-}
 
 double nowMs(const Clock& clock) {
     return static_cast<double>(clock.now().toMSecsSinceEpoch());
@@ -34,6 +29,16 @@ const QList<DemoDirector::Project>& DemoDirector::projects() {
         {QStringLiteral("docs"), 11},    {QStringLiteral("blog"), 15},
     };
     return list;
+}
+
+double DemoDirector::speedFromEnvironment() {
+    bool ok = false;
+    const double speed = qEnvironmentVariable("QUILLON_DEMO_SPEED").toDouble(&ok);
+    return ok && speed > 0 && std::isfinite(speed) ? speed : 1.0;
+}
+
+std::chrono::milliseconds DemoDirector::scaled(double seconds) const {
+    return std::chrono::milliseconds(std::llround(seconds * 1000.0 / speed_));
 }
 
 void DemoDirector::start() {
@@ -137,7 +142,7 @@ QCoro::Task<> DemoDirector::runPlay(Play play, std::shared_ptr<Cancellation> tok
     Clock& clock = clock_;
     auto stopped = [&] { return !self || token->isCancelled(); };
     if (play.delaySeconds > 0)
-        co_await clock.sleep(ms(play.delaySeconds), token);
+        co_await clock.sleep(scaled(play.delaySeconds), token);
     if (stopped())
         co_return;
     ++todayCount_;
@@ -146,14 +151,14 @@ QCoro::Task<> DemoDirector::runPlay(Play play, std::shared_ptr<Cancellation> tok
     deployment.createdAt = nowMs(clock);
     latest_.insert(play.project, deployment);
     changed();
-    co_await clock.sleep(2s, token);
+    co_await clock.sleep(scaled(2), token);
     if (stopped())
         co_return;
     deployment.readyState = QStringLiteral("BUILDING");
     deployment.buildingAt = nowMs(clock);
     latest_.insert(play.project, deployment);
     changed();
-    co_await clock.sleep(ms(play.buildSeconds), token);
+    co_await clock.sleep(scaled(play.buildSeconds), token);
     if (stopped())
         co_return;
     deployment.readyState = play.fails ? QStringLiteral("ERROR") : QStringLiteral("READY");
@@ -181,7 +186,7 @@ QCoro::Task<> DemoDirector::runAutoplay(std::shared_ptr<Cancellation> token) {
             if (!self || token->isCancelled())
                 co_return;
             runScene(scene);
-            co_await clock.sleep(std::chrono::seconds(wait), token);
+            co_await clock.sleep(scaled(wait), token);
         }
     }
 }

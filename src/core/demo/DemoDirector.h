@@ -25,6 +25,10 @@ public:
 
     static const QList<Project>& projects();
 
+    // QUILLON_DEMO_SPEED: every wait of the demo is divided by this factor, so a recording or an
+    // end-to-end run need not sit through real build times. 1 when unset or not a positive number.
+    static double speedFromEnvironment();
+
     // Called after every change of the fake data.
     std::function<void()> onChange;
 
@@ -63,8 +67,10 @@ private:
     QCoro::Task<> runAutoplay(std::shared_ptr<Cancellation> token);
     VercelDeployment newDeployment(const Play& play) const;
     void changed();
+    std::chrono::milliseconds scaled(double seconds) const;
 
     Clock& clock_;
+    const double speed_ = speedFromEnvironment();
     int todayCount_ = 0;
     QHash<QString, VercelDeployment> latest_;
     QHash<QString, std::shared_ptr<Cancellation>> tasks_;

@@ -76,6 +76,35 @@ TEST(DemoDirector, ANewSceneForAProjectStopsTheRunningOne) {
     EXPECT_EQ(stateOf(director, "my-saas"), "READY");
 }
 
+TEST(DemoDirector, SpeedFactorShortensEveryWaitOfAScene) {
+    qputenv("QUILLON_DEMO_SPEED", "10");
+    ManualClock clock;
+    DemoDirector director(clock);
+    qunsetenv("QUILLON_DEMO_SPEED");
+    director.start();
+    director.runScene(2);
+    clock.advance(199ms);
+    EXPECT_EQ(stateOf(director, "api"), "QUEUED");
+    clock.advance(1ms);
+    EXPECT_EQ(stateOf(director, "api"), "BUILDING");
+    clock.advance(1599ms);
+    EXPECT_EQ(stateOf(director, "api"), "BUILDING");
+    clock.advance(1ms);
+    EXPECT_EQ(stateOf(director, "api"), "ERROR");
+    EXPECT_EQ(director.latest("api")->buildDuration(), 1.6);
+}
+
+TEST(DemoDirector, SpeedIsOneUnlessAPositiveNumber) {
+    for (const char* value : {"", "0", "-4", "fast", "inf", "nan"}) {
+        qputenv("QUILLON_DEMO_SPEED", value);
+        EXPECT_EQ(DemoDirector::speedFromEnvironment(), 1.0) << value;
+    }
+    qputenv("QUILLON_DEMO_SPEED", "2.5");
+    EXPECT_EQ(DemoDirector::speedFromEnvironment(), 2.5);
+    qunsetenv("QUILLON_DEMO_SPEED");
+    EXPECT_EQ(DemoDirector::speedFromEnvironment(), 1.0);
+}
+
 TEST(DemoDirector, ThreeProjectsSceneStaggersAndDashboardIsAPreview) {
     ManualClock clock;
     DemoDirector director(clock);

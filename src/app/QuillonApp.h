@@ -1,0 +1,47 @@
+#pragma once
+
+#include "app/GuiClipboard.h"
+#include "core/monitor/AppState.h"
+#include "demo/DemoHotKeys.h"
+#include "platform/LinuxServices.h"
+#include "ui/status/ColorPreview.h"
+#include "ui/status/LiveActivityController.h"
+#include "ui/status/StatusPalette.h"
+#include "ui/status/TrayIcon.h"
+
+#include <QMenu>
+#include <QObject>
+#include <memory>
+#include <optional>
+
+class PlaceholderPanel;
+
+// The tray application wired together: the Linux services, the one AppState, the palette, the
+// tray icon and the Live Activity. It holds no behaviour of its own beyond the wiring.
+class QuillonApp : public QObject {
+    Q_OBJECT
+public:
+    QuillonApp(const QUrl& apiBase, const QString& executable, QObject* parent = nullptr);
+    ~QuillonApp() override;
+
+    // Demo mode plays fake projects (and `demoScene` once, when given); otherwise the stored
+    // token, if any, is checked and the polling starts.
+    void start(bool demo, std::optional<int> demoScene);
+
+private:
+    void openPanel(const QPoint& position);
+    std::optional<QRectF> trayAnchor() const;
+
+    GuiClipboard clipboard_;
+    LinuxServices services_;
+    AppState state_;
+    StatusPalette palette_;
+    LiveActivityController live_;
+    ColorPreview preview_;
+    TrayIcon tray_;
+    QMenu menu_;
+    std::unique_ptr<PlaceholderPanel> panel_;
+    std::unique_ptr<DemoHotKeys> hotKeys_; // demo mode only
+    // Where the tray icon was last clicked: the anchor when the tray does not tell its geometry.
+    std::optional<QPoint> lastClick_;
+};

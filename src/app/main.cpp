@@ -1,0 +1,80 @@
+// quillon: the tray application. The access token comes from the keyring, never from the
+// argument list.
+#include "app/CommandLine.h"
+#include "app/QuillonApp.h"
+#include "app/QuitOnSignals.h"
+#include "app/ScreenCapture.h"
+#include "core/vercel/VercelAPI.h"
+
+#include <QApplication>
+#include <QSystemTrayIcon>
+#include <csignal>
+#include <cstdio>
+
+namespace {
+
+void printTo(FILE* stream, const QString& text) {
+    std::fputs(text.toUtf8().constData(), stream);
+}
+
+// Plain Wayland lets no client place a window under the tray icon: run on XWayland instead,
+// unless the user chose a platform.
+void preferX11OnWayland() {
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsEmpty("DISPLAY"))
+        return;
+    if (qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
+        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+}
+
+std::optional<int> demoScene() {
+    bool ok = false;
+    const int scene = qEnvironmentVariableIntValue("QUILLON_DEMO_SCENE", &ok);
+    return ok ? std::optional<int>(scene) : std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QStringList early;
+    for (int i = 1; i < argc; ++i)
+        early.append(QString::fromLocal8Bit(argv[i]));
+    const CommandLine::Action earlyAction = CommandLine::earlyAction(early);
+    if (earlyAction == CommandLine::Action::help) {
+        printTo(stdout, CommandLine::helpText());
+        return 0;
+    }
+    if (earlyAction == CommandLine::Action::version) {
+        printTo(stdout, QStringLiteral("quillon %1\n").arg(QStringLiteral(QUILLON_VERSION)));
+        return 0;
+    }
+    QString problem;
+    const std::optional<QUrl> apiBase = VercelAPI::baseFromEnvironment(&problem);
+    if (!apiBase) {
+        printTo(stderr, QStringLiteral("quillon: %1\n").arg(problem));
+        return 2;
+    }
+
+    preferX11OnWayland();
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("quillon"));
+    QApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.fernhollow.quillon"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    // Qt has taken its own options (-platform …); what remains must be ours.
+    const CommandLine options = CommandLine::parse(QApplication::arguments().mid(1));
+    if (options.action == CommandLine::Action::fail) {
+        printTo(stderr, QStringLiteral("quillon: %1\n").arg(options.problem));
+        return 2;
+    }
+    QuitOnSignals quitOnSignals({SIGINT, SIGTERM});
+
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        printTo(stderr, QStringLiteral("quillon: no system tray found; the Live Activity and "
+                                       "notifications still work\n"));
+    QuillonApp quillon(*apiBase, QApplication::applicationFilePath());
+    quillon.start(qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1"), demoScene());
+    if (options.screenshot)
+        ScreenCapture::saveAfter(*options.screenshot, options.screenshotDelay);
+    return app.exec();
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QRectF>
+#include <optional>
+
+// Sizes and placement of the Live Activity window. Everything is in screen coordinates with y
+// pointing down, as X11 and Qt give them.
+namespace LiveActivityGeometry {
+
+constexpr int maximumRows = 5;
+constexpr double rowHeight = 62;
+constexpr double spaceAbove = 6;
+constexpr double contentWidth = 380;
+// Room around the content for the capsule's shadow and beak.
+constexpr double margin = 46;
+constexpr double panelWidth = contentWidth + 2 * margin;
+// The least distance between the capsule and the screen's left and right edges.
+constexpr double screenGap = 8;
+// Where the capsule sits when nothing tells where the tray icon is: below the top of the screen.
+constexpr double topGap = 4;
+
+// max(1, rows) rows and the space above the first.
+double contentHeight(int rows);
+double panelHeight(int rows);
+
+struct Placement {
+    QRectF frame;     // the whole window, margin included
+    double beakX = 0; // the beak's tip, from the content's left edge
+};
+
+// Under the tray icon `item` (its rectangle on screen), centred on it as far as the screen's
+// usable `area` allows, with the beak pointing at the icon's centre; above the icon when the
+// panel is at the bottom of the screen. Without an item: centred at the top of the area.
+Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows);
+
+} // namespace LiveActivityGeometry

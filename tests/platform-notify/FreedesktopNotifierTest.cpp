@@ -1,0 +1,124 @@
+// FreedesktopNotifier against a real notification server: dunst on a private display and bus.
+#include "platform/FreedesktopNotifier.h"
+#include "support/QtPrinters.h"
+#include "support/WaitUntil.h"
+#include "support/desktop/DunstControl.h"
+#include "support/desktop/PrivateDesktop.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QUuid>
+#include <gtest/gtest.h>
+
+namespace {
+
+const QUrl dashboard(QStringLiteral("https://vercel.com/acme/api/dpl_8Fq2"));
+
+FailureNotification failure(const QString& id, std::optional<QUrl> url) {
+    return {id, QStringLiteral("api: deployment failed"),
+            QStringLiteral("Branch main · Handle checkout webhook · 16 s"), std::move(url)};
+}
+
+class FreedesktopNotifierTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        for (auto start : {&PrivateDesktop::startDisplay, &PrivateDesktop::startBus}) {
+            const std::optional<QString> failure = (desktop.*start)();
+            ASSERT_FALSE(failure) << failure->toStdString();
+        }
+        // The notifier has a connection of its own, as the application has.
+        QDBusConnection bus = QDBusConnection::connectToBus(desktop.busAddress(), connectionName);
+        ASSERT_TRUE(bus.isConnected());
+        notifier = std::make_unique<FreedesktopNotifier>(
+            bus, [this](const QUrl& url) { opened.append(url); });
+    }
+
+    void TearDown() override {
+        notifier.reset();
+        QDBusConnection::disconnectFromBus(connectionName);
+    }
+
+    void startDunst() {
+        const std::optional<QString> failure = desktop.startDunst();
+        ASSERT_FALSE(failure) << failure->toStdString();
+    }
+
+    // Posts and answers the id the server gave, or 0 when it gave none in time.
+    uint post(const FailureNotification& notification) {
+        QSignalSpy posted(notifier.get(), &FreedesktopNotifier::posted);
+        notifier->post(notification);
+        if (!waitUntil([&] { return posted.count() == 1; }))
+            return 0;
+        return posted.first().first().toUInt();
+    }
+
+    DunstControl dunst() const { return DunstControl(desktop.connection()); }
+
+    PrivateDesktop desktop;
+    const QString connectionName = QUuid::createUuid().toString();
+    std::unique_ptr<FreedesktopNotifier> notifier;
+    QList<QUrl> opened;
+};
+
+} // namespace
+
+TEST_F(FreedesktopNotifierTest, AFailureArrivesAndItsDefaultActionOpensTheDashboard) {
+    startDunst();
+    const uint id = post(failure(QStringLiteral("dpl_8Fq2"), dashboard));
+    ASSERT_NE(id, 0u);
+    ASSERT_TRUE(waitUntil([&] { return dunst().displayed() == 1; }));
+
+    ASSERT_TRUE(dunst().invokeAction(0));
+    ASSERT_TRUE(waitUntil([&] { return !opened.isEmpty(); }));
+    EXPECT_EQ(opened, QList<QUrl>{dashboard});
+
+    // Closed by the user: the link is forgotten, and dunst's history holds what was shown.
+    ASSERT_TRUE(dunst().closeAll());
+    EXPECT_TRUE(waitUntil([&] { return notifier->pendingCount() == 0; }));
+    const QList<QVariantMap> history = dunst().history();
+    ASSERT_EQ(history.size(), 1);
+    EXPECT_EQ(history[0].value("summary").toString(), "api: deployment failed");
+    EXPECT_EQ(history[0].value("body").toString(), "Branch main · Handle checkout webhook · 16 s");
+    EXPECT_EQ(history[0].value("appname").toString(), "Quillon");
+    EXPECT_EQ(history[0].value("id").toUInt(), id);
+}
+
+TEST_F(FreedesktopNotifierTest, ANotificationWithoutALinkOpensNothing) {
+    startDunst();
+    ASSERT_NE(post(failure(QStringLiteral("dpl_demo"), std::nullopt)), 0u);
+    ASSERT_TRUE(waitUntil([&] { return dunst().displayed() == 1; }));
+    ASSERT_TRUE(dunst().invokeAction(0));
+    ASSERT_TRUE(dunst().closeAll());
+
+    // dunst answers actions in order, so a click on the first one would be seen before this one.
+    ASSERT_NE(post(failure(QStringLiteral("dpl_8Fq2"), dashboard)), 0u);
+    ASSERT_TRUE(waitUntil([&] { return dunst().displayed() == 1; }));
+    ASSERT_TRUE(dunst().invokeAction(0));
+    ASSERT_TRUE(waitUntil([&] { return !opened.isEmpty(); }));
+    EXPECT_EQ(opened, QList<QUrl>{dashboard});
+}
+
+TEST_F(FreedesktopNotifierTest, WithoutAServerNothingFailsAndALaterServerIsUsed) {
+    QSignalSpy posted(notifier.get(), &FreedesktopNotifier::posted);
+    notifier->post(failure(QStringLiteral("dpl_lost"), dashboard));
+    startDunst();
+    ASSERT_NE(post(failure(QStringLiteral("dpl_8Fq2"), dashboard)), 0u);
+    // The first notification was dropped, not kept and delivered late.
+    EXPECT_EQ(posted.count(), 1);
+    EXPECT_EQ(dunst().displayed(), 1);
+    EXPECT_EQ(notifier->pendingCount(), 1);
+}
+
+TEST_F(FreedesktopNotifierTest, AServerThatDoesNotAnswerNeverBlocksPosting) {
+    startDunst();
+    QSignalSpy posted(notifier.get(), &FreedesktopNotifier::posted);
+    desktop.pauseDunst();
+    QElapsedTimer clock;
+    clock.start();
+    notifier->post(failure(QStringLiteral("dpl_8Fq2"), dashboard));
+    // A blocking call would wait for the reply's timeout (seconds); posting only sends.
+    EXPECT_LT(clock.elapsed(), 1000);
+    desktop.resumeDunst();
+    ASSERT_TRUE(waitUntil([&] { return posted.count() == 1; }));
+    EXPECT_EQ(dunst().displayed(), 1);
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <optional>
+
+// A desktop of the test's own: an X display (Xvfb on a free display number), a session bus that
+// activates nothing, and a real notification server (dunst) on both, so tests never touch the
+// user's session. Each part starts on request; the destructor stops and reaps all of them.
+class PrivateDesktop {
+public:
+    PrivateDesktop();
+    ~PrivateDesktop();
+    PrivateDesktop(const PrivateDesktop&) = delete;
+    PrivateDesktop& operator=(const PrivateDesktop&) = delete;
+
+    // Each answers what went wrong, if anything did.
+    std::optional<QString> startDisplay();
+    std::optional<QString> startBus();
+    std::optional<QString> startDunst(); // on the display and the bus, which must run already
+
+    // Freezes dunst (SIGSTOP): it keeps its bus name but answers nothing until resumed.
+    void pauseDunst();
+    void resumeDunst();
+
+    QString display() const { return display_; } // ":3"
+    QString busAddress() const { return address_; }
+    // The test's own connection to the private bus.
+    QDBusConnection connection() const { return QDBusConnection(connectionName_); }
+    // For child processes: the private display and bus, a temporary home, English messages.
+    QProcessEnvironment environment() const;
+
+    // Runs xdotool on the private display, e.g. {"key", "ctrl+alt+super+2"}.
+    bool xdotool(const QStringList& arguments) const;
+
+private:
+    bool dunstServes() const;
+    static void stop(QProcess& process);
+
+    QTemporaryDir home_;
+    QString display_;
+    QString address_;
+    QString connectionName_;
+    QProcess xvfb_;
+    QProcess bus_;
+    QProcess dunst_;
+};

@@ -1,0 +1,111 @@
+#include "ui/status/ToneIcon.h"
+#include "support/QtPrinters.h"
+#include "support/TempPreferences.h"
+#include "ui/status/StatusPalette.h"
+#include "ui/status/ToneIconCache.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr int size = 64;
+// On the 64-pixel image: inside the full-size triangle (clear of the stroke), the middle of its
+// base (on the stroke), and the same two points of the smaller triangle drawn over a count.
+const QPoint inside(32, 37);
+const QPoint onBase(32, 51);
+const QPoint countedInside(32, 20);
+const QPoint countedOnBase(32, 29);
+
+const QColor panelText(0x20, 0x20, 0x20);
+
+QImage imageOf(const QIcon& icon) {
+    return icon.pixmap(size).toImage().convertToFormat(QImage::Format_ARGB32);
+}
+
+// Pixels of `color` in the columns [left, right) below the triangle.
+int countInk(const QImage& image, const QColor& color, int left = 0, int right = size) {
+    int ink = 0;
+    for (int y = 34; y < size; ++y)
+        for (int x = left; x < right; ++x)
+            ink += QColor(image.pixel(x, y)) == color && qAlpha(image.pixel(x, y)) == 255;
+    return ink;
+}
+
+class ToneIconTest : public ::testing::Test {
+protected:
+    TempPreferences prefs;
+    StatusPalette palette{*prefs, QStringLiteral("#FF0074")};
+    ToneIconCache cache;
+
+    QImage draw(Tone tone, int count) {
+        return imageOf(cache.icon(tone, count, palette, panelText));
+    }
+};
+
+} // namespace
+
+TEST(ToneIconCount, ShowsNothingBelowOneAndCapsAtNinetyNinePlus) {
+    EXPECT_EQ(ToneIcon::countText(-2), "");
+    EXPECT_EQ(ToneIcon::countText(0), "");
+    EXPECT_EQ(ToneIcon::countText(1), "1");
+    EXPECT_EQ(ToneIcon::countText(9), "9");
+    EXPECT_EQ(ToneIcon::countText(99), "99");
+    EXPECT_EQ(ToneIcon::countText(100), "99+");
+    EXPECT_EQ(ToneIcon::countText(250), "99+");
+}
+
+TEST_F(ToneIconTest, FailureIsFilledOtherTonesAreOutlinesInTheirColour) {
+    const QImage error = draw(Tone::error, 0);
+    EXPECT_EQ(QColor(error.pixel(inside)), palette.error());
+    EXPECT_EQ(QColor(error.pixel(onBase)), palette.error());
+
+    const QImage building = draw(Tone::building, 0);
+    EXPECT_EQ(qAlpha(building.pixel(inside)), 0);
+    EXPECT_EQ(QColor(building.pixel(onBase)), palette.success());
+    EXPECT_EQ(QColor(draw(Tone::success, 0).pixel(onBase)), palette.success());
+    EXPECT_EQ(QColor(draw(Tone::queued, 0).pixel(onBase)), palette.queued());
+
+    // Neutral tones take the panel's own text colour.
+    const QImage idle = draw(Tone::idle, 0);
+    EXPECT_EQ(qAlpha(idle.pixel(inside)), 0);
+    EXPECT_EQ(QColor(idle.pixel(onBase)), panelText);
+    EXPECT_EQ(QColor(draw(Tone::disconnected, 0).pixel(onBase)), panelText);
+}
+
+TEST_F(ToneIconTest, TodaysCountIsDrawnUnderASmallerTriangle) {
+    EXPECT_EQ(countInk(draw(Tone::building, 0), panelText), 0);
+
+    const QImage nine = draw(Tone::building, 9);
+    EXPECT_EQ(qAlpha(nine.pixel(countedInside)), 0);
+    EXPECT_EQ(QColor(nine.pixel(countedOnBase)), palette.success());
+    EXPECT_GT(countInk(nine, panelText), 40);
+
+    const QImage failed = draw(Tone::error, 9);
+    EXPECT_EQ(QColor(failed.pixel(countedInside)), palette.error());
+
+    // "99+" spreads over the whole width where "9" stays in the middle.
+    const QImage many = draw(Tone::idle, 100);
+    EXPECT_EQ(countInk(nine, panelText, 0, 16), 0);
+    EXPECT_GT(countInk(many, panelText, 0, 16), 20);
+    EXPECT_GT(countInk(many, panelText, 48, size), 20);
+}
+
+TEST_F(ToneIconTest, IconsAreDrawnOncePerToneAndCountUntilAColourChanges) {
+    draw(Tone::error, 3);
+    draw(Tone::error, 3);
+    draw(Tone::error, 150);
+    draw(Tone::error, 250); // the same text, "99+"
+    EXPECT_EQ(cache.drawCount(), 2);
+    EXPECT_EQ(cache.size(), 2);
+
+    palette.setError(QColor(0x11, 0x22, 0xCC));
+    const QImage recoloured = draw(Tone::error, 3);
+    EXPECT_EQ(cache.size(), 1);
+    EXPECT_EQ(cache.drawCount(), 3);
+    EXPECT_EQ(QColor(recoloured.pixel(countedInside)), QColor(0x11, 0x22, 0xCC));
+
+    // A change of the desktop's colours flushes too: neutral icons depend on them.
+    cache.icon(Tone::error, 3, palette, Qt::white);
+    EXPECT_EQ(cache.size(), 1);
+    EXPECT_EQ(cache.drawCount(), 4);
+}

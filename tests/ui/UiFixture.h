@@ -1,0 +1,26 @@
+#pragma once
+
+#include "core/keychain/KeychainStore.h"
+#include "core/monitor/AppState.h"
+#include "support/FakeServices.h"
+#include "support/ManualClock.h"
+#include "support/MemorySecretBackend.h"
+#include "support/QtPrinters.h"
+#include "support/TempPreferences.h"
+
+#include <gtest/gtest.h>
+
+// An AppState on a manual clock with recording desktop services and a private preference store,
+// for the views that observe it.
+class UiFixture : public ::testing::Test {
+protected:
+    TempPreferences prefs;
+    MemorySecretBackend secrets;
+    KeychainStore keychain{secrets};
+    FakeLoginItem loginItem;
+    RecordingNotifications notifications;
+    RecordingClipboard clipboard;
+    ManualClock clock{QDateTime(QDate(2026, 11, 23), QTime(15, 0))};
+    AppState state{
+        AppState::Services{*prefs, keychain, loginItem, notifications, clipboard, clock}};
+};
