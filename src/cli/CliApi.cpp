@@ -10,13 +10,18 @@ std::optional<VercelAPI> apiFromEnvironment() {
                     "https://vercel.com/account/tokens and export it.\n";
         return std::nullopt;
     }
+    const std::optional<QUrl> base = apiBaseFromEnvironment();
+    if (!base)
+        return std::nullopt;
+    return VercelAPI(token, *base);
+}
+
+std::optional<QUrl> apiBaseFromEnvironment() {
     QString problem;
     const std::optional<QUrl> base = VercelAPI::baseFromEnvironment(&problem);
-    if (!base) {
+    if (!base)
         cliErr() << "quillon-cli: " << problem << '\n';
-        return std::nullopt;
-    }
-    return VercelAPI(token, *base);
+    return base;
 }
 
 std::optional<QString> tokenFromEnvironmentOrKeyring(KeychainStore& keychain) {

@@ -16,6 +16,10 @@ inline constexpr int kExitUsage = 2;  // bad arguments or environment: nothing w
 // standard error and answers absent.
 std::optional<VercelAPI> apiFromEnvironment();
 
+// The API address from QUILLON_API_BASE (or Vercel's); when unusable, says why on standard error
+// and answers absent.
+std::optional<QUrl> apiBaseFromEnvironment();
+
 // The token for a run against the account: VERCEL_TOKEN when set, else the one stored in the
 // keyring. When there is none, says how to provide one on standard error and answers absent.
 std::optional<QString> tokenFromEnvironmentOrKeyring(KeychainStore& keychain);

@@ -96,12 +96,9 @@ QCoro::Task<int> runReport(QStringList args) {
         cliErr() << "quillon-cli report: name one project (see 'quillon-cli report --help')\n";
         co_return kExitUsage;
     }
-    QString problem;
-    const std::optional<QUrl> base = VercelAPI::baseFromEnvironment(&problem);
-    if (!base) {
-        cliErr() << "quillon-cli: " << problem << '\n';
+    const std::optional<QUrl> base = apiBaseFromEnvironment();
+    if (!base)
         co_return kExitUsage;
-    }
     NoClipboard clipboard;
     LinuxServices platform(QCoreApplication::applicationFilePath(), clipboard, nullptr);
     AppState state(platform.services(*base));

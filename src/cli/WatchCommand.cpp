@@ -62,12 +62,9 @@ QCoro::Task<int> runWatch(QStringList args) {
         cliErr() << "quillon-cli watch: unexpected argument '" << args.first() << "'\n";
         co_return kExitUsage;
     }
-    QString problem;
-    const std::optional<QUrl> base = VercelAPI::baseFromEnvironment(&problem);
-    if (!base) {
-        cliErr() << "quillon-cli: " << problem << '\n';
+    const std::optional<QUrl> base = apiBaseFromEnvironment();
+    if (!base)
         co_return kExitUsage;
-    }
     NoClipboard clipboard;
     LinuxServices platform(QCoreApplication::applicationFilePath(), clipboard, nullptr);
     AppState state(platform.services(*base));

@@ -22,16 +22,7 @@ protected:
     QTemporaryDir home;
 
     QProcessEnvironment environment() const {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("VERCEL_TOKEN", token);
-        env.insert("QUILLON_API_BASE", server.baseUrl().toString());
-        env.insert("LANGUAGE", "en");
-        env.insert("LC_ALL", "C.UTF-8");
-        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
-        // No keyring and no notification server: the watch needs neither.
-        env.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + home.filePath("no-bus"));
-        env.remove("QUILLON_DEMO");
-        return env;
+        return isolatedCliEnvironment(token, server.baseUrl().toString(), home.path());
     }
 
     CliRun run(const QStringList& args, const QProcessEnvironment& env) {

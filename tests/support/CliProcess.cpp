@@ -6,6 +6,21 @@
 
 using namespace std::chrono_literals;
 
+QProcessEnvironment isolatedCliEnvironment(const QString& token, const QString& apiBase,
+                                           const QString& home) {
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("VERCEL_TOKEN"), token);
+    env.insert(QStringLiteral("QUILLON_API_BASE"), apiBase);
+    env.insert(QStringLiteral("LANGUAGE"), QStringLiteral("en"));
+    env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
+    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+               QStringLiteral("unix:path=") + home + QStringLiteral("/no-bus"));
+    env.remove(QStringLiteral("QUILLON_DEMO"));
+    env.remove(QStringLiteral("DISPLAY"));
+    return env;
+}
+
 CliRun runCli(const QStringList& args, const QProcessEnvironment& env, const QString& secret) {
     QProcess process;
     process.setProcessEnvironment(env);

@@ -12,4 +12,9 @@ struct CliRun {
     QString err;
 };
 
+// A child environment cut off from the user's desktop: the given token and API address, English,
+// preferences under `home`, and no session bus, keyring, notification server or display.
+QProcessEnvironment isolatedCliEnvironment(const QString& token, const QString& apiBase,
+                                           const QString& home);
+
 CliRun runCli(const QStringList& args, const QProcessEnvironment& env, const QString& secret);
