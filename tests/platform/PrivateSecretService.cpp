@@ -1,4 +1,5 @@
 #include "platform/PrivateSecretService.h"
+#include "support/PrivateBusConfig.h"
 
 #include "support/WaitUntil.h"
 
@@ -17,19 +18,6 @@ const QString kSecrets = QStringLiteral("org.freedesktop.secrets");
 const QString kServicePath = QStringLiteral("/org/freedesktop/secrets");
 const QString kCollectionPrefix = QStringLiteral("/org/freedesktop/secrets/collection/");
 constexpr int kStartTimeoutMs = 10000;
-
-// A session bus that listens in the temporary home and has no service directories.
-QByteArray busConfig(const QString& socketDir) {
-    return QStringLiteral(
-               "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
-               "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-               "<busconfig><type>session</type><listen>unix:dir=%1</listen>"
-               "<auth>EXTERNAL</auth><policy context=\"default\">"
-               "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-               "<allow own=\"*\"/></policy></busconfig>\n")
-        .arg(socketDir)
-        .toUtf8();
-}
 
 } // namespace
 
@@ -76,7 +64,7 @@ QProcessEnvironment PrivateSecretService::environment() const {
 std::optional<QString> PrivateSecretService::startBus() {
     const QString configPath = home_.filePath(QStringLiteral("bus.conf"));
     QFile config(configPath);
-    if (!config.open(QIODevice::WriteOnly) || config.write(busConfig(home_.path())) < 0)
+    if (!config.open(QIODevice::WriteOnly) || config.write(privateBusConfig(home_.path())) < 0)
         return QStringLiteral("cannot write the bus configuration");
     config.close();
     bus_.setProcessEnvironment(environment());

@@ -1,4 +1,5 @@
 #include "support/desktop/PrivateDesktop.h"
+#include "support/PrivateBusConfig.h"
 
 #include "support/WaitUntil.h"
 
@@ -13,20 +14,6 @@ namespace {
 
 constexpr int kStartTimeoutMs = 10000;
 const QString kNotifications = QStringLiteral("org.freedesktop.Notifications");
-
-// A session bus listening in the temporary home, without service directories: a name nobody
-// owns stays unowned instead of activating the machine's own notification server.
-QByteArray busConfig(const QString& socketDir) {
-    return QStringLiteral(
-               "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
-               "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-               "<busconfig><type>session</type><listen>unix:dir=%1</listen>"
-               "<auth>EXTERNAL</auth><policy context=\"default\">"
-               "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-               "<allow own=\"*\"/></policy></busconfig>\n")
-        .arg(socketDir)
-        .toUtf8();
-}
 
 // Notifications stay on screen until acted upon, so a slow test still finds them there.
 const QByteArray dunstConfig = "[global]\n    idle_threshold = 0\n"
@@ -83,7 +70,7 @@ std::optional<QString> PrivateDesktop::startBus() {
     if (!home_.isValid())
         return QStringLiteral("no temporary directory");
     const QString configPath = home_.filePath(QStringLiteral("bus.conf"));
-    if (!writeFile(configPath, busConfig(home_.path())))
+    if (!writeFile(configPath, privateBusConfig(home_.path())))
         return QStringLiteral("cannot write the bus configuration");
     bus_.start(QStringLiteral("dbus-daemon"),
                {QStringLiteral("--config-file=") + configPath, QStringLiteral("--nofork"),
