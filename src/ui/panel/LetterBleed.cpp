@@ -1,4 +1,5 @@
 #include "ui/panel/LetterBleed.h"
+#include "ui/status/LayoutFont.h"
 
 #include "ui/panel/SoftBlur.h"
 
@@ -63,7 +64,7 @@ double LetterBleed::spotlight() const {
 
 QFont LetterBleed::letterFont() const {
     QFont font = this->font();
-    font.setPointSizeF(fontSize_);
+    setLayoutPixelSize(font, fontSize_);
     font.setWeight(QFont::Normal);
     font.setLetterSpacing(QFont::AbsoluteSpacing, tracking_);
     return font;

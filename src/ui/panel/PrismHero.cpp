@@ -1,4 +1,5 @@
 #include "ui/panel/PrismHero.h"
+#include "ui/status/LayoutFont.h"
 
 #include "ui/panel/SoftBlur.h"
 #include "ui/panel/Triangle.h"
@@ -230,7 +231,7 @@ const QImage& PrismHero::glowImage(const QColor& color) {
 
 void PrismHero::paintCount(QPainter& painter, QPointF centre) {
     QFont font = this->font();
-    font.setPointSizeF(34);
+    setLayoutPixelSize(font, 34);
     font.setWeight(QFont::Thin);
     font.setStyleHint(QFont::SansSerif);
     painter.setFont(font);

@@ -1,4 +1,5 @@
 #include "ui/panel/ProjectRow.h"
+#include "ui/status/LayoutFont.h"
 
 #include "core/common/Language.h"
 #include "core/monitor/AppState.h"
@@ -210,19 +211,19 @@ void ProjectRow::redraw() {
 ProjectRow::Metrics ProjectRow::metrics() const {
     Metrics m;
     m.nameFont = font();
-    m.nameFont.setPointSizeF(nameSize);
+    setLayoutPixelSize(m.nameFont, nameSize);
     m.nameFont.setWeight(QFont::Normal);
     m.nameFont.setLetterSpacing(QFont::AbsoluteSpacing, nameTracking);
     m.badgeFont = font();
-    m.badgeFont.setPointSizeF(badgeSize);
+    setLayoutPixelSize(m.badgeFont, badgeSize);
     m.badgeFont.setWeight(QFont::Bold);
     m.badgeFont.setLetterSpacing(QFont::AbsoluteSpacing, badgeTracking);
     // The desktop's sans fonts draw digits of one width, so the running time does not jitter.
     m.ageFont = font();
-    m.ageFont.setPointSizeF(smallSize);
+    setLayoutPixelSize(m.ageFont, smallSize);
     m.ageFont.setWeight(isInProgress(status()) ? QFont::Medium : QFont::Normal);
     m.descriptionFont = font();
-    m.descriptionFont.setPointSizeF(smallSize);
+    setLayoutPixelSize(m.descriptionFont, smallSize);
 
     const QFontMetricsF name(m.nameFont), badge(m.badgeFont), age(m.ageFont),
         description(m.descriptionFont);

@@ -1,4 +1,5 @@
 #include "ui/panel/RowAction.h"
+#include "ui/status/LayoutFont.h"
 
 #include <QEnterEvent>
 #include <QIcon>
@@ -106,7 +107,7 @@ void RowAction::trigger() {
 
 QFont RowAction::titleFont() const {
     QFont font = this->font();
-    font.setPointSizeF(titleSize);
+    setLayoutPixelSize(font, titleSize);
     font.setWeight(QFont::Medium);
     return font;
 }

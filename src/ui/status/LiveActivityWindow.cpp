@@ -1,4 +1,5 @@
 #include "ui/status/LiveActivityWindow.h"
+#include "ui/status/LayoutFont.h"
 
 #include "core/common/Language.h"
 #include "core/common/TimeTexts.h"
@@ -25,7 +26,7 @@ constexpr double rowPadding = 18;
 
 QFont textFont(double points, QFont::Weight weight = QFont::Normal) {
     QFont f;
-    f.setPointSizeF(points);
+    setLayoutPixelSize(f, points);
     f.setWeight(weight);
     return f;
 }
