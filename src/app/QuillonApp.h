@@ -14,7 +14,7 @@
 #include <memory>
 #include <optional>
 
-class PlaceholderPanel;
+class PanelView;
 
 // The tray application wired together: the Linux services, the one AppState, the palette, the
 // tray icon and the Live Activity. It holds no behaviour of its own beyond the wiring.
@@ -30,6 +30,8 @@ public:
 
 private:
     void openPanel(const QPoint& position);
+    // Keeps the open panel under the tray icon, inside the screen with a margin.
+    void placePanel();
     std::optional<QRectF> trayAnchor() const;
 
     GuiClipboard clipboard_;
@@ -40,8 +42,9 @@ private:
     ColorPreview preview_;
     TrayIcon tray_;
     QMenu menu_;
-    std::unique_ptr<PlaceholderPanel> panel_;
+    std::unique_ptr<PanelView> panel_;
     std::unique_ptr<DemoHotKeys> hotKeys_; // demo mode only
     // Where the tray icon was last clicked: the anchor when the tray does not tell its geometry.
     std::optional<QPoint> lastClick_;
+    QPoint panelAnchor_;
 };
