@@ -1,4 +1,5 @@
 #include "ui/panel/MiniPrism.h"
+#include "ui/status/PaletteFollower.h"
 
 #include "ui/panel/SoftBlur.h"
 #include "ui/panel/Triangle.h"
@@ -42,12 +43,7 @@ QSize MiniPrism::sizeHint() const {
 }
 
 void MiniPrism::setStatusPalette(StatusPalette* palette) {
-    if (palette_)
-        disconnect(palette_, nullptr, this, nullptr);
-    palette_ = palette;
-    if (palette_)
-        connect(palette_, &StatusPalette::changed, this, qOverload<>(&QWidget::update));
-    update();
+    followPalette(*this, palette_, palette);
 }
 
 void MiniPrism::setStatus(DeployStatus status) {

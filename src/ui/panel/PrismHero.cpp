@@ -1,5 +1,6 @@
 #include "ui/panel/PrismHero.h"
 #include "ui/status/LayoutFont.h"
+#include "ui/status/PaletteFollower.h"
 
 #include "ui/panel/SoftBlur.h"
 #include "ui/panel/Triangle.h"
@@ -49,12 +50,7 @@ QSize PrismHero::sizeHint() const {
 }
 
 void PrismHero::setStatusPalette(StatusPalette* palette) {
-    if (palette_)
-        disconnect(palette_, nullptr, this, nullptr);
-    palette_ = palette;
-    if (palette_)
-        connect(palette_, &StatusPalette::changed, this, qOverload<>(&QWidget::update));
-    update();
+    followPalette(*this, palette_, palette);
 }
 
 void PrismHero::setTone(Tone tone) {
