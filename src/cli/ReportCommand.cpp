@@ -2,8 +2,7 @@
 // "Copy for AI" puts on the clipboard, printed for a terminal or a script.
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
-#include "cli/NoClipboard.h"
-#include "platform/LinuxServices.h"
+#include "cli/CliEngine.h"
 
 #include <QCoreApplication>
 #include <QCoro/QCoroSignal>
@@ -99,10 +98,9 @@ QCoro::Task<int> runReport(QStringList args) {
     const std::optional<QUrl> base = apiBaseFromEnvironment();
     if (!base)
         co_return kExitUsage;
-    NoClipboard clipboard;
-    LinuxServices platform(QCoreApplication::applicationFilePath(), clipboard, nullptr);
-    AppState state(platform.services(*base));
-    if (const int code = co_await startEngine(state, platform.keychain); code != 0)
+    CliEngine engine(*base);
+    AppState& state = engine.state;
+    if (const int code = co_await startEngine(state, engine.platform.keychain); code != 0)
         co_return code;
 
     const QString wanted = args.first();

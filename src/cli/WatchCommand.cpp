@@ -1,10 +1,9 @@
 // quillon-cli watch [--once]: the monitoring engine in a terminal, one block per pass.
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
-#include "cli/NoClipboard.h"
+#include "cli/CliEngine.h"
 #include "core/monitor/StatusLines.h"
 #include "demo/DemoHotKeyBinding.h"
-#include "platform/LinuxServices.h"
 
 #include <QCoreApplication>
 #include <QCoro/QCoroSignal>
@@ -65,9 +64,8 @@ QCoro::Task<int> runWatch(QStringList args) {
     const std::optional<QUrl> base = apiBaseFromEnvironment();
     if (!base)
         co_return kExitUsage;
-    NoClipboard clipboard;
-    LinuxServices platform(QCoreApplication::applicationFilePath(), clipboard, nullptr);
-    AppState state(platform.services(*base));
+    CliEngine engine(*base);
+    AppState& state = engine.state;
     std::optional<WatchSession> session;
     std::unique_ptr<DemoHotKeys> hotKeys;
     if (qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1")) {
@@ -82,7 +80,8 @@ QCoro::Task<int> runWatch(QStringList args) {
             co_return 0;
     } else {
         session.emplace(state, once);
-        const std::optional<QString> token = tokenFromEnvironmentOrKeyring(platform.keychain);
+        const std::optional<QString> token =
+            tokenFromEnvironmentOrKeyring(engine.platform.keychain);
         if (!token)
             co_return kExitUsage;
         state.connect(*token);
