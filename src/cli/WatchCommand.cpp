@@ -1,7 +1,9 @@
-// quillon-cli watch [--once]: the monitoring engine in a terminal, one block per pass.
+// quillon-cli watch [--once] [--json]: the monitoring engine in a terminal, one block per pass,
+// or one JSON object per line for status bars and scripts.
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
 #include "cli/CliEngine.h"
+#include "core/monitor/StatusJson.h"
 #include "core/monitor/StatusLines.h"
 #include "demo/DemoHotKeyBinding.h"
 
@@ -17,18 +19,28 @@ CliCommand watchCommand();
 class WatchSession : public QObject {
     Q_OBJECT
 public:
-    WatchSession(AppState& state, bool once) : state_(state), once_(once) {
+    enum class Format { text, json };
+
+    WatchSession(AppState& state, bool once, Format format)
+        : state_(state), once_(once), format_(format) {
         QObject::connect(&state, &AppState::snapshotsChanged, this, &WatchSession::printPass);
         QObject::connect(&state, &AppState::connectionChanged, this,
                          &WatchSession::onConnectionChanged);
+        // The demo's quiet ticks are passes too, so a reader never waits long for a line.
+        QObject::connect(&state, &AppState::changed, this, [this] {
+            if (state_.isDemo() && state_.lastRefresh() && state_.lastRefresh() != printed_)
+                printPass();
+        });
     }
 
     void printPass() {
         const QDateTime now = state_.clock().now();
-        cliOut() << '[' << now.time().toString(QStringLiteral("HH:mm:ss")) << "] "
-                 << passLine(state_) << '\n';
-        for (const ProjectSnapshot& snapshot : state_.snapshots())
-            cliOut() << snapshotLine(snapshot, now) << '\n';
+        printed_ = state_.lastRefresh();
+        if (format_ == Format::json)
+            cliOut() << statusJsonLine(state_, now) << '\n';
+        else
+            printBlock(now);
+        // A bar reading a pipe must see each pass as it happens.
         cliOut().flush();
         if (once_ && (state_.hasLoadedOnce() || state_.isDemo()))
             Q_EMIT finished(0);
@@ -38,6 +50,13 @@ Q_SIGNALS:
     void finished(int code);
 
 private:
+    void printBlock(const QDateTime& now) {
+        cliOut() << '[' << now.time().toString(QStringLiteral("HH:mm:ss")) << "] "
+                 << passLine(state_) << '\n';
+        for (const ProjectSnapshot& snapshot : state_.snapshots())
+            cliOut() << snapshotLine(snapshot, now) << '\n';
+    }
+
     void onConnectionChanged() {
         const Connection& connection = state_.connection();
         if (connection.kind != Connection::Kind::failed)
@@ -49,10 +68,14 @@ private:
 
     AppState& state_;
     bool once_;
+    Format format_;
+    std::optional<QDateTime> printed_;
 };
 
 QCoro::Task<int> runWatch(QStringList args) {
     const bool once = args.removeAll(QStringLiteral("--once")) > 0;
+    const auto format = args.removeAll(QStringLiteral("--json")) > 0 ? WatchSession::Format::json
+                                                                     : WatchSession::Format::text;
     if (args == QStringList{QStringLiteral("--help")}) {
         printUsage(watchCommand());
         co_return 0;
@@ -74,12 +97,12 @@ QCoro::Task<int> runWatch(QStringList args) {
         // Before the first block, so whoever reads it may press the keys at once.
         if (!once)
             hotKeys = bindDemoHotKeys(state);
-        session.emplace(state, once);
+        session.emplace(state, once, format);
         session->printPass();
         if (once)
             co_return 0;
     } else {
-        session.emplace(state, once);
+        session.emplace(state, once, format);
         const std::optional<QString> token =
             tokenFromEnvironmentOrKeyring(engine.platform.keychain);
         if (!token)
@@ -91,8 +114,10 @@ QCoro::Task<int> runWatch(QStringList args) {
 }
 
 CliCommand watchCommand() {
-    return {QStringLiteral("watch"), QStringLiteral("watch [--once]"),
-            QStringLiteral("follows the monitored projects, one block per refresh pass"), runWatch};
+    return {QStringLiteral("watch"), QStringLiteral("watch [--once] [--json]"),
+            QStringLiteral("follows the monitored projects, one block (or with --json one JSON "
+                           "object per line) per refresh pass"),
+            runWatch};
 }
 
 const CliCommand::Registration registration(watchCommand());

@@ -4,6 +4,9 @@
 #include "support/QtPrinters.h"
 
 #include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -27,6 +30,10 @@ protected:
 
     CliRun run(const QStringList& args, const QProcessEnvironment& env) {
         return runCli(args, env, token);
+    }
+
+    static int countedToday(double createdMs) {
+        return QDateTime::fromMSecsSinceEpoch(qint64(createdMs)).date() == QDate::currentDate();
     }
 
     static double minutesAgo(int minutes) {
@@ -80,6 +87,37 @@ TEST_F(WatchCommandTest, DemoNeedsNoAccountAndNoNetwork) {
     EXPECT_TRUE(lines[0].endsWith("· today 11"));
     EXPECT_TRUE(lines[1].startsWith("  Live  my-saas  main"));
     EXPECT_TRUE(server.requests().isEmpty());
+}
+
+// What a status bar reads: one JSON object per line, for the demo and for a real account.
+TEST_F(WatchCommandTest, JsonGivesOneParsableObjectPerPass) {
+    account.addProject("", "p_web", "web");
+    account.addDeployment(
+        "", FakeVercelAccount::deployment("dpl_1", "p_web", "ERROR", minutesAgo(3), minutesAgo(1)));
+    const CliRun live = run({"watch", "--once", "--json"}, environment());
+    QProcessEnvironment demoEnv = environment();
+    demoEnv.insert("QUILLON_DEMO", "1");
+    const CliRun demo = run({"watch", "--json", "--once"}, demoEnv);
+
+    ASSERT_EQ(live.exitCode, 0) << live.err.toStdString();
+    ASSERT_EQ(live.out.count('\n'), 1) << live.out.toStdString();
+    QJsonParseError error;
+    const QJsonObject pass = QJsonDocument::fromJson(live.out.toUtf8(), &error).object();
+    ASSERT_EQ(error.error, QJsonParseError::NoError);
+    EXPECT_EQ(pass["tone"], "error");
+    EXPECT_EQ(pass["todayCount"].toInt(-1), countedToday(minutesAgo(3)));
+    const QJsonObject web = pass["projects"].toArray().at(0).toObject();
+    EXPECT_EQ(web["id"], "p_web");
+    EXPECT_EQ(web["status"], "error");
+    EXPECT_EQ(web["shortHash"], "4f2a9c1");
+    EXPECT_NEAR(web["ageSeconds"].toDouble(), 180, 30);
+    EXPECT_TRUE(web["url"].toString().startsWith("https://vercel.com/"));
+
+    ASSERT_EQ(demo.exitCode, 0);
+    const QJsonObject demoPass = QJsonDocument::fromJson(demo.out.toUtf8()).object();
+    EXPECT_EQ(demoPass["todayCount"], 11);
+    EXPECT_EQ(demoPass["projects"].toArray().size(), 6);
+    EXPECT_TRUE(demoPass["projects"].toArray().at(0).toObject()["url"].isNull());
 }
 
 TEST_F(WatchCommandTest, WithoutAnyTokenItSaysHowToGetOne) {
