@@ -124,7 +124,7 @@ QCoro::Task<> LiveActivityController::expireAfter(QPointer<LiveActivityControlle
 
 void LiveActivityController::show() {
     if (!window_) {
-        window_ = std::make_unique<LiveActivityWindow>(model_, palette_);
+        window_ = std::make_unique<LiveActivityWindow>(model_, palette_, &clock_);
         connect(window_.get(), &LiveActivityWindow::rowTapped, this, [this](int row) {
             if (row < model_.rows().size())
                 tap(model_.rows().at(row));

@@ -1,22 +1,26 @@
 #pragma once
 
-#include <QPainterPath>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
 #include <QWidget>
 #include <functional>
 
+class Clock;
 class LiveActivityModel;
+class LiveActivityView;
 class StatusPalette;
-struct ProjectSnapshot;
 
 // The floating window of the Live Activity: frameless, translucent, above other windows, and
-// never taking the focus from what the user is doing. For now it draws a plain dark capsule
-// with one line of text per row.
+// never taking the focus from what the user is doing. It hosts the capsule view, which fills
+// it whatever its size, and animates in, out and between row counts.
 class LiveActivityWindow : public QWidget {
     Q_OBJECT
 public:
-    LiveActivityWindow(const LiveActivityModel& model, const StatusPalette& palette);
+    // `clock` gives the rows their running times (the system time when absent).
+    LiveActivityWindow(const LiveActivityModel& model, const StatusPalette& palette,
+                       const Clock* clock = nullptr);
+
+    LiveActivityView* view() const { return view_; }
 
     // Appears at `target`, dropping 10 pixels from above while fading in (0.35 s, ease-out).
     void slideIn(const QRect& target);
@@ -30,20 +34,13 @@ Q_SIGNALS:
     void rowTapped(int row);
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void stopAnimations();
-    QRectF contentRect() const;
-    QPainterPath capsulePath() const;
     void updateMask();
-    void paintRow(QPainter& painter, const QRectF& row, const ProjectSnapshot& snapshot,
-                  bool first) const;
 
-    const LiveActivityModel& model_;
-    const StatusPalette& palette_;
+    LiveActivityView* view_;
     QParallelAnimationGroup slide_;
     QPropertyAnimation* slideGeometry_;
     QPropertyAnimation* slideOpacity_;

@@ -1,0 +1,210 @@
+// Renders every state of the panel and the Live Activity capsule to PNG files, offscreen, so a
+// person can look at them (and the README can show them).
+#include "core/common/Language.h"
+#include "core/demo/DemoDirector.h"
+#include "screenshots/ScreenshotScene.h"
+#include "support/WaitUntil.h"
+#include "ui/panel/PanelView.h"
+#include "ui/status/LiveActivityModel.h"
+#include "ui/status/LiveActivityView.h"
+
+#include <QApplication>
+#include <QCoro/QCoroTask>
+#include <QDir>
+#include <QJsonArray>
+#include <QPainter>
+#include <cstdio>
+#include <memory>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+QDir outDir;
+int failures = 0;
+
+void save(const QImage& image, const QString& name) {
+    const QString path = outDir.filePath(name + QStringLiteral(".png"));
+    if (!image.save(path)) {
+        std::fprintf(stderr, "quillon-screenshots: cannot write %s\n", qPrintable(path));
+        ++failures;
+        return;
+    }
+    std::printf("%s\n", qPrintable(path));
+}
+
+void settle() {
+    for (int i = 0; i < 5; ++i)
+        QCoreApplication::processEvents();
+}
+
+void shootPanel(ScreenshotScene& scene, const QString& name) {
+    PanelView panel(scene.state, scene.palette);
+    panel.redraw();
+    panel.resize(PanelView::panelWidth, panel.fittingHeight());
+    panel.show();
+    settle();
+    save(panel.grab().toImage(), name);
+}
+
+// Scenes whose work never finishes (a request left unanswered) stay alive until the end.
+ScreenshotScene& newScene() {
+    static std::vector<std::unique_ptr<ScreenshotScene>> scenes;
+    scenes.push_back(std::make_unique<ScreenshotScene>());
+    return *scenes.back();
+}
+
+void addProjects(ScreenshotScene& scene, int count) {
+    const QStringList states{"READY", "READY", "BUILDING", "READY", "ERROR", "READY"};
+    for (int i = 0; i < count; ++i) {
+        const QString id = QStringLiteral("p_%1").arg(i, 2, 10, QLatin1Char('0'));
+        const QString state = states[i % states.size()];
+        const double created = scene.minutesAgo(i == 2 ? 1 : 30 + 45 * i);
+        const std::optional<double> ready =
+            state == "BUILDING" ? std::nullopt : std::optional(created + 83'000);
+        scene.account.addProject(
+            "", id, QStringLiteral("project-%1").arg(i),
+            QJsonArray{FakeVercelAccount::deployment("dpl_" + id, id, state, created, ready)});
+    }
+}
+
+void connectScene(ScreenshotScene& scene) {
+    QCoro::waitFor(scene.state.connect(QStringLiteral("tok_screenshots")));
+    waitUntil([&] { return !scene.state.isRefreshing(); });
+}
+
+void shootConnectionStates() {
+    ScreenshotScene& noToken = newScene();
+    noToken.state.start(false);
+    shootPanel(noToken, "panel-no-token");
+
+    ScreenshotScene& checking = newScene();
+    checking.account.failures.insert("/v2/user", LoopbackHttpServer::Response::never());
+    [[maybe_unused]] auto pending = checking.state.connect(QStringLiteral("tok_screenshots"));
+    shootPanel(checking, "panel-checking");
+
+    ScreenshotScene& failed = newScene();
+    failed.account.failures.insert("/v2/user", LoopbackHttpServer::Response::vercelError(
+                                                   403, "forbidden", "The token is not valid."));
+    QCoro::waitFor(failed.state.connect(QStringLiteral("tok_screenshots")));
+    shootPanel(failed, "panel-failed-connection");
+
+    ScreenshotScene& loading = newScene();
+    addProjects(loading, 3);
+    loading.account.failures.insert("/v6/deployments", LoopbackHttpServer::Response::never());
+    [[maybe_unused]] auto loadingTask = loading.state.connect(QStringLiteral("tok_screenshots"));
+    waitUntil([&] { return loading.state.connection().kind == Connection::Kind::connected; });
+    shootPanel(loading, "panel-loading");
+
+    ScreenshotScene& empty = newScene();
+    connectScene(empty);
+    shootPanel(empty, "panel-no-projects");
+
+    ScreenshotScene& many = newScene();
+    addProjects(many, 12);
+    connectScene(many);
+    shootPanel(many, "panel-scrolling");
+}
+
+// The demo's six projects, with one scene played up to `seconds`.
+void shootDemo(const QString& name, int scene, double seconds, const QString& language) {
+    ScreenshotScene& demo = newScene();
+    demo.state.setLanguage(language);
+    demo.state.start(true);
+    if (scene > 0)
+        demo.state.demo()->runScene(scene);
+    for (double t = 0; t < seconds; t += 0.5)
+        demo.clock.advance(500ms);
+    settle();
+    shootPanel(demo, name);
+}
+
+ProjectSnapshot capsuleRow(const QString& name, const char* state, const char* message,
+                           double secondsAgo, std::optional<double> buildSeconds) {
+    VercelDeployment d;
+    d.id = "dpl_" + name;
+    d.readyState = QString::fromLatin1(state);
+    const double start = double(QDateTime::currentMSecsSinceEpoch()) - secondsAgo * 1000;
+    d.buildingAt = start;
+    if (buildSeconds)
+        d.ready = start + *buildSeconds * 1000;
+    d.meta =
+        QMap<QString, JSONScalar>{{"githubCommitMessage", JSONScalar{QString::fromUtf8(message)}}};
+    return {name, name, "acme", std::nullopt, d, 60.0};
+}
+
+void shootCapsule(Preferences& prefs, const QList<ProjectSnapshot>& rows, int overflow,
+                  const QString& name) {
+    StatusPalette palette(prefs, QStringLiteral("#FF0074"));
+    LiveActivityModel model;
+    model.setRows(rows, overflow);
+    model.setBeakX(300);
+    LiveActivityView view(model, palette);
+    view.resize(LiveActivityView::sizeFor(int(rows.size())));
+    view.show();
+    settle();
+    // Over a muted desktop, so the shadow shows.
+    QImage image(view.size() * 2, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(2);
+    QPainter painter(&image);
+    QLinearGradient wallpaper(0, 0, view.width(), view.height());
+    wallpaper.setColorAt(0, QColor(0x5a, 0x6b, 0x85));
+    wallpaper.setColorAt(1, QColor(0x8a, 0x7f, 0x9e));
+    painter.fillRect(QRectF(QPointF(0, 0), view.size()), wallpaper);
+    view.render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
+    painter.end();
+    save(image, name);
+}
+
+void shootCapsules() {
+    TempPreferences prefs; // English, whatever the last panel scene chose
+    const QList<ProjectSnapshot> all{
+        capsuleRow("my-saas", "BUILDING", "Add pricing page", 14, std::nullopt),
+        capsuleRow("api", "ERROR", "Handle checkout webhook", 40, 16),
+        capsuleRow("landing-page", "READY", "Add testimonials section", 20, 14),
+        capsuleRow("dashboard", "QUEUED", "Onboarding checklist", 2, std::nullopt),
+        capsuleRow("documentation-and-api-reference-site", "BUILDING", "Add API reference", 8,
+                   std::nullopt),
+    };
+    shootCapsule(*prefs, all.mid(0, 1), 0, "capsule-1");
+    shootCapsule(*prefs, all.mid(0, 3), 0, "capsule-3");
+    shootCapsule(*prefs, all, 1, "capsule-6");
+}
+
+int usage(FILE* out, int code) {
+    std::fprintf(out, "Usage: quillon-screenshots [--help] [--version] OUT_DIR\n"
+                      "Renders the panel in each of its states and the Live Activity capsule\n"
+                      "with 1, 3 and 6 rows to PNG files in OUT_DIR, offscreen.\n");
+    return code;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QString first = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString();
+    if (first == "--help" || first == "-h")
+        return usage(stdout, 0);
+    if (first == "--version") {
+        std::printf("quillon-screenshots %s (%s)\n", QUILLON_VERSION, QUILLON_BUILD_NUMBER);
+        return 0;
+    }
+    if (argc != 2 || first.startsWith('-'))
+        return usage(stderr, 2);
+    QApplication app(argc, argv);
+    if (!QDir().mkpath(first)) {
+        std::fprintf(stderr, "quillon-screenshots: cannot create %s\n", qPrintable(first));
+        return 1;
+    }
+    outDir = QDir(first);
+    Language::overrideSystemLanguages({QStringLiteral("en-US")});
+    shootConnectionStates();
+    shootDemo("panel-rows", 1, 9, "en");
+    shootDemo("panel-failed-row", 2, 30, "en");
+    shootDemo("panel-french", 2, 30, "fr");
+    shootCapsules();
+    std::fflush(stdout);
+    // The scenes left waiting on unanswered requests are not taken apart.
+    std::_Exit(failures == 0 ? 0 : 1);
+}
