@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ui/settings/FormSection.h"
+
+#include <QList>
+#include <QStringList>
+
+class AppState;
+class QCheckBox;
+class QPushButton;
+class QToolButton;
+
+// The projects the token can see, one checkbox each, ticked when the project is monitored; a
+// header with the count, All, None and a reload button. Shown while connected.
+class ProjectPicker : public FormSection {
+    Q_OBJECT
+public:
+    explicit ProjectPicker(AppState& state, QWidget* parent = nullptr);
+
+    // Follows the state: rebuilds the checkboxes when the list changed, else only ticks them.
+    void refresh();
+
+    QString countText() const;
+    QList<QCheckBox*> checkBoxes() const { return boxes_; }
+    QPushButton* allButton() const { return all_; }
+    QPushButton* noneButton() const { return none_; }
+    QToolButton* reloadButton() const { return reload_; }
+    // "No project found." when the list is empty, else empty.
+    QString emptyText() const;
+
+private:
+    void rebuildBoxes();
+
+    AppState& state_;
+    QLabel* count_ = nullptr;
+    QPushButton* all_ = nullptr;
+    QPushButton* none_ = nullptr;
+    QToolButton* reload_ = nullptr;
+    QLabel* empty_ = nullptr;
+    QWidget* list_ = nullptr;
+    QList<QCheckBox*> boxes_;
+    QStringList builtKeys_;
+};

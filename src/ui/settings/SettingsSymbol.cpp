@@ -1,0 +1,219 @@
+#include "ui/settings/SettingsSymbol.h"
+
+#include <QHash>
+#include <QPainter>
+#include <QPainterPath>
+#include <cmath>
+
+namespace {
+
+void drawEye(QPainter& p, const QRectF& in, bool slashed) {
+    QPainterPath lid;
+    lid.moveTo(in.left(), in.center().y());
+    lid.quadTo(in.center().x(), in.top() - in.height() * 0.15, in.right(), in.center().y());
+    lid.quadTo(in.center().x(), in.bottom() + in.height() * 0.15, in.left(), in.center().y());
+    p.drawPath(lid);
+    p.drawEllipse(in.center(), in.width() * 0.14, in.width() * 0.14);
+    if (slashed)
+        p.drawLine(in.topLeft() + QPointF(in.width() * 0.1, 0),
+                   in.bottomRight() - QPointF(in.width() * 0.1, 0));
+}
+
+void drawCircleMark(QPainter& p, const QRectF& in, const QColor& color, bool check) {
+    p.setBrush(color);
+    p.drawEllipse(in);
+    p.setBrush(Qt::NoBrush);
+    QPen mark(Qt::white, std::max(1.2, in.width() * 0.12), Qt::SolidLine, Qt::RoundCap,
+              Qt::RoundJoin);
+    p.setPen(mark);
+    const QRectF m =
+        in.adjusted(in.width() * 0.28, in.height() * 0.28, -in.width() * 0.28, -in.height() * 0.28);
+    if (check) {
+        QPainterPath path;
+        path.moveTo(m.left(), m.center().y());
+        path.lineTo(m.left() + m.width() * 0.4, m.bottom() - m.height() * 0.05);
+        path.lineTo(m.right(), m.top() + m.height() * 0.1);
+        p.drawPath(path);
+    } else {
+        p.drawLine(m.topLeft(), m.bottomRight());
+        p.drawLine(m.topRight(), m.bottomLeft());
+    }
+}
+
+void drawTriangleMark(QPainter& p, const QRectF& in, const QColor& color, bool filled) {
+    QPainterPath path;
+    path.moveTo(in.center().x(), in.top());
+    path.lineTo(in.bottomRight());
+    path.lineTo(in.bottomLeft());
+    path.closeSubpath();
+    if (filled) {
+        p.fillPath(path, color);
+        p.setPen(QPen(Qt::white, std::max(1.2, in.width() * 0.11), Qt::SolidLine, Qt::RoundCap));
+    }
+    if (!filled)
+        p.drawPath(path);
+    const double x = in.center().x();
+    p.drawLine(QPointF(x, in.top() + in.height() * 0.38),
+               QPointF(x, in.top() + in.height() * 0.66));
+    p.drawPoint(QPointF(x, in.top() + in.height() * 0.83));
+}
+
+void drawKey(QPainter& p, const QRectF& in) {
+    const double radius = in.height() * 0.24;
+    const QPointF ring(in.left() + radius, in.center().y());
+    p.drawEllipse(ring, radius, radius);
+    p.drawLine(ring + QPointF(radius, 0), QPointF(in.right(), in.center().y()));
+    p.drawLine(QPointF(in.right() - in.width() * 0.12, in.center().y()),
+               QPointF(in.right() - in.width() * 0.12, in.center().y() + radius));
+    p.drawLine(QPointF(in.right() - in.width() * 0.3, in.center().y()),
+               QPointF(in.right() - in.width() * 0.3, in.center().y() + radius * 0.8));
+}
+
+void drawLock(QPainter& p, const QRectF& in, const QColor& color) {
+    const QRectF body(in.left() + in.width() * 0.12, in.center().y() - in.height() * 0.05,
+                      in.width() * 0.76, in.height() * 0.55);
+    p.setBrush(color);
+    p.drawRoundedRect(body, 1.5, 1.5);
+    p.setBrush(Qt::NoBrush);
+    const QRectF shackle(in.left() + in.width() * 0.26, in.top(), in.width() * 0.48,
+                         in.height() * 0.7);
+    p.drawArc(shackle, 0, 180 * 16);
+    p.drawLine(QPointF(shackle.left(), shackle.center().y()), QPointF(shackle.left(), body.top()));
+    p.drawLine(QPointF(shackle.right(), shackle.center().y()),
+               QPointF(shackle.right(), body.top()));
+}
+
+void drawInfinity(QPainter& p, const QRectF& in) {
+    const double r = in.width() / 4;
+    QPainterPath path;
+    const QPointF c = in.center();
+    path.moveTo(c);
+    path.cubicTo(c + QPointF(r, -r * 1.3), c + QPointF(2 * r, -r * 0.4), c + QPointF(2 * r, 0));
+    path.cubicTo(c + QPointF(2 * r, r * 0.4), c + QPointF(r, r * 1.3), c);
+    path.cubicTo(c + QPointF(-r, -r * 1.3), c + QPointF(-2 * r, -r * 0.4), c + QPointF(-2 * r, 0));
+    path.cubicTo(c + QPointF(-2 * r, r * 0.4), c + QPointF(-r, r * 1.3), c);
+    p.drawPath(path);
+}
+
+void drawSliders(QPainter& p, const QRectF& in, const QColor& color) {
+    for (int i = 0; i < 3; ++i) {
+        const double y = in.top() + in.height() * (0.15 + 0.35 * i);
+        p.drawLine(QPointF(in.left(), y), QPointF(in.right(), y));
+        const double x = in.left() + in.width() * (i == 1 ? 0.7 : 0.3);
+        p.setBrush(color);
+        p.drawEllipse(QPointF(x, y), in.width() * 0.12, in.width() * 0.12);
+        p.setBrush(Qt::NoBrush);
+    }
+}
+
+void drawInfo(QPainter& p, const QRectF& in) {
+    p.drawEllipse(in);
+    const double x = in.center().x();
+    p.drawLine(QPointF(x, in.top() + in.height() * 0.45),
+               QPointF(x, in.bottom() - in.height() * 0.22));
+    p.drawPoint(QPointF(x, in.top() + in.height() * 0.27));
+}
+
+void drawTrash(QPainter& p, const QRectF& in) {
+    const double top = in.top() + in.height() * 0.18;
+    p.drawLine(QPointF(in.left(), top), QPointF(in.right(), top));
+    p.drawLine(QPointF(in.center().x() - in.width() * 0.15, in.top()),
+               QPointF(in.center().x() + in.width() * 0.15, in.top()));
+    QPainterPath can;
+    can.moveTo(in.left() + in.width() * 0.12, top);
+    can.lineTo(in.left() + in.width() * 0.2, in.bottom());
+    can.lineTo(in.right() - in.width() * 0.2, in.bottom());
+    can.lineTo(in.right() - in.width() * 0.12, top);
+    p.drawPath(can);
+}
+
+void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QColor& color) {
+    const QRectF in = box.adjusted(box.width() * 0.1, box.height() * 0.1, -box.width() * 0.1,
+                                   -box.height() * 0.1);
+    p.setPen(
+        QPen(color, std::max(1.2, box.width() / 12.0), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    if (symbol == QLatin1String("eye") || symbol == QLatin1String("eye.slash")) {
+        drawEye(p, in, symbol == QLatin1String("eye.slash"));
+    } else if (symbol == QLatin1String("checkmark.circle.fill")) {
+        drawCircleMark(p, in, color, true);
+    } else if (symbol == QLatin1String("xmark.circle.fill")) {
+        drawCircleMark(p, in, color, false);
+    } else if (symbol == QLatin1String("circle.dashed")) {
+        p.setPen(QPen(color, std::max(1.2, box.width() / 12.0), Qt::DashLine, Qt::FlatCap));
+        p.drawEllipse(in);
+    } else if (symbol == QLatin1String("spinner")) {
+        p.drawArc(in, 90 * 16, 270 * 16);
+    } else if (symbol == QLatin1String("exclamationmark.triangle.fill")) {
+        drawTriangleMark(p, in, color, true);
+    } else if (symbol == QLatin1String("exclamationmark.triangle")) {
+        drawTriangleMark(p, in, color, false);
+    } else if (symbol == QLatin1String("infinity")) {
+        drawInfinity(p, in);
+    } else if (symbol == QLatin1String("key")) {
+        drawKey(p, in);
+    } else if (symbol == QLatin1String("lock.fill")) {
+        drawLock(p, in, color);
+    } else if (symbol == QLatin1String("arrow.clockwise")) {
+        p.drawArc(in, 100 * 16, -300 * 16);
+        const QPointF tip(in.center().x() + 0.1 * in.width(), in.top());
+        p.drawLine(tip, tip + QPointF(-in.width() * 0.25, -in.height() * 0.15));
+        p.drawLine(tip, tip + QPointF(-in.width() * 0.2, in.height() * 0.2));
+    } else if (symbol == QLatin1String("slider.horizontal.3")) {
+        drawSliders(p, in, color);
+    } else if (symbol == QLatin1String("info.circle")) {
+        drawInfo(p, in);
+    } else if (symbol == QLatin1String("trash")) {
+        drawTrash(p, in);
+    } else { // triangle: the Vercel tab
+        QPainterPath path;
+        path.moveTo(in.center().x(), in.top() + in.height() * 0.08);
+        path.lineTo(in.right(), in.bottom() - in.height() * 0.08);
+        path.lineTo(in.left(), in.bottom() - in.height() * 0.08);
+        path.closeSubpath();
+        p.fillPath(path, color);
+    }
+}
+
+} // namespace
+
+namespace SettingsSymbol {
+
+QString themeName(const QString& symbol) {
+    static const QHash<QString, QString> names{
+        {QStringLiteral("eye"), QStringLiteral("view-visible")},
+        {QStringLiteral("eye.slash"), QStringLiteral("view-hidden")},
+        {QStringLiteral("arrow.clockwise"), QStringLiteral("view-refresh")},
+        {QStringLiteral("slider.horizontal.3"), QStringLiteral("preferences-system")},
+        {QStringLiteral("info.circle"), QStringLiteral("help-about")},
+        {QStringLiteral("trash"), QStringLiteral("edit-delete")},
+    };
+    return names.value(symbol);
+}
+
+QPixmap drawn(const QString& symbol, const QColor& color, int size, double devicePixelRatio,
+              double angle) {
+    QPixmap pixmap(QSize(size, size) * devicePixelRatio);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    if (angle != 0) {
+        p.translate(size / 2.0, size / 2.0);
+        p.rotate(angle);
+        p.translate(-size / 2.0, -size / 2.0);
+    }
+    drawSymbol(p, symbol, QRectF(0, 0, size, size), color);
+    return pixmap;
+}
+
+QIcon icon(const QString& symbol, const QColor& color) {
+    const QString name = themeName(symbol);
+    if (!name.isEmpty() && QIcon::hasThemeIcon(name))
+        return QIcon::fromTheme(name);
+    QIcon made;
+    for (int size : {16, 22, 32})
+        made.addPixmap(drawn(symbol, color, size, 1.0));
+    return made;
+}
+
+} // namespace SettingsSymbol
