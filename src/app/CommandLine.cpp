@@ -18,8 +18,9 @@ CommandLine CommandLine::parse(const QStringList& arguments) {
         else if (argument == QLatin1String("--screenshot-delay") && i + 1 < arguments.size()) {
             bool ok = false;
             const double seconds = arguments[++i].toDouble(&ok);
-            if (!ok || seconds < 0)
-                return fail(QStringLiteral("--screenshot-delay needs a number of seconds"));
+            if (!ok || !(seconds >= 0 && seconds <= 86400))
+                return fail(QStringLiteral("--screenshot-delay needs a number of seconds "
+                                           "(at most a day)"));
             line.screenshotDelay = std::chrono::milliseconds(qRound64(seconds * 1000));
         } else
             return fail(QStringLiteral("unknown option '%1' (see --help)").arg(argument));

@@ -3,10 +3,14 @@
 #include "core/common/Language.h"
 #include "core/common/Preferences.h"
 #include "core/demo/DemoDirector.h"
+#include "core/monitor/StatusJson.h"
 #include "demo/DemoHotKeyBinding.h"
+#include "ui/panel/PanelPlacement.h"
 #include "ui/panel/PanelView.h"
+#include "ui/settings/SettingsWindow.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QDesktopServices>
 #include <QScreen>
 
@@ -25,12 +29,10 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
     live_.setUrlOpener(&openUrl);
     live_.setAnchorSource([this] { return trayAnchor(); });
     live_.observe(state_);
-    QAction* test = menu_.addAction(Language::text("Test colours", "Tester les couleurs"));
-    connect(test, &QAction::triggered, &preview_, &ColorPreview::previewColors);
-    connect(&preview_, &ColorPreview::previewingChanged, test,
-            [test](bool previewing) { test->setEnabled(!previewing); });
-    QAction* quit = menu_.addAction(Language::text("Quit", "Quitter"));
-    connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);
+    buildMenu();
+    connect(&state_, &AppState::preferencesChanged, this, &QuillonApp::buildMenu);
+    connect(&state_.notificationPause(), &NotificationPause::changed, this, &QuillonApp::buildMenu);
+    updater_.start(Preferences::standard());
     tray_.systemTrayIcon().setContextMenu(&menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
     tray_.systemTrayIcon().show();
@@ -43,6 +45,50 @@ void QuillonApp::start(bool demo, std::optional<int> demoScene) {
     hotKeys_ = bindDemoHotKeys(state_);
     if (demo && demoScene && state_.demo())
         state_.demo()->runScene(*demoScene);
+}
+
+void QuillonApp::buildMenu() {
+    menu_.clear();
+    QAction* refresh = menu_.addAction(Language::text("Refresh now", "Actualiser maintenant"));
+    refresh->setEnabled(state_.connection().kind == Connection::Kind::connected);
+    connect(refresh, &QAction::triggered, &state_, [this] { state_.refresh(); });
+    QAction* open = menu_.addAction(Language::text("Open panel", "Ouvrir le panneau"));
+    connect(open, &QAction::triggered, this,
+            [this] { openPanel(lastClick_.value_or(QCursor::pos())); });
+    NotificationPause& pause = state_.notificationPause();
+    if (pause.isPaused()) {
+        QAction* resume =
+            menu_.addAction(Language::text("Resume notifications (", "Reprendre les "
+                                                                     "notifications (") +
+                            pause.pausedUntilText() + QLatin1Char(')'));
+        connect(resume, &QAction::triggered, &pause, &NotificationPause::resume);
+    } else {
+        QAction* hold = menu_.addAction(Language::text("Pause notifications for 1 hour",
+                                                       "Suspendre les notifications 1 heure"));
+        connect(hold, &QAction::triggered, &pause,
+                [&pause] { pause.pause(std::chrono::minutes(60)); });
+    }
+    menu_.addSeparator();
+    QAction* settings = menu_.addAction(Language::text("Settings…", "Réglages…"));
+    connect(settings, &QAction::triggered, this, &QuillonApp::showSettings);
+    QAction* test = menu_.addAction(Language::text("Test colours", "Tester les couleurs"));
+    test->setEnabled(!preview_.isPreviewingColors());
+    connect(test, &QAction::triggered, &preview_, &ColorPreview::previewColors);
+    connect(&preview_, &ColorPreview::previewingChanged, test,
+            [test](bool previewing) { test->setEnabled(!previewing); });
+    menu_.addSeparator();
+    QAction* quit = menu_.addAction(Language::text("Quit", "Quitter"));
+    connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);
+}
+
+QString QuillonApp::statusJson() const {
+    return QString::fromUtf8(statusJsonLine(state_, state_.clock().now()));
+}
+
+void QuillonApp::showSettings() {
+    if (!settings_)
+        settings_ = std::make_unique<SettingsWindow>(state_, palette_, &preview_, &updater_);
+    settings_->present();
 }
 
 std::optional<QRectF> QuillonApp::trayAnchor() const {
@@ -59,6 +105,7 @@ void QuillonApp::openPanel(const QPoint& position) {
         panel_ = std::make_unique<PanelView>(state_, palette_);
         panel_->setWindowFlags(Qt::Popup | Qt::FramelessWindowHint);
         connect(panel_.get(), &PanelView::contentResized, this, &QuillonApp::placePanel);
+        connect(panel_.get(), &PanelView::quillonOpenSettings, this, &QuillonApp::showSettings);
     }
     const std::optional<QRect> rect = tray_.geometry();
     panelAnchor_ = rect ? QPoint(rect->center().x(), rect->bottom()) : position;
@@ -71,21 +118,13 @@ void QuillonApp::openPanel(const QPoint& position) {
 void QuillonApp::placePanel() {
     if (!panel_)
         return;
-    constexpr int margin = 6;
     const QSize size(PanelView::panelWidth, panel_->fittingHeight());
     panel_->resize(size);
-    QRect frame(QPoint(panelAnchor_.x() - size.width() / 2, panelAnchor_.y() + margin), size);
     QScreen* screen = QGuiApplication::screenAt(panelAnchor_);
     if (!screen)
         screen = QGuiApplication::primaryScreen();
-    if (screen) {
-        const QRect area = screen->availableGeometry();
-        // A tray at the bottom of the screen opens the panel above the icon.
-        if (frame.bottom() > area.bottom() - margin)
-            frame.moveBottom(panelAnchor_.y() - margin);
-        frame.moveTop(std::max(frame.top(), area.top() + margin));
-        frame.moveLeft(std::max(frame.left(), area.left() + margin));
-        frame.moveLeft(std::min(frame.left(), area.right() + 1 - margin - frame.width()));
-    }
-    panel_->move(frame.topLeft());
+    std::optional<QRect> area;
+    if (screen)
+        area = screen->availableGeometry();
+    panel_->move(PanelPlacement::frame(panelAnchor_, size, area).topLeft());
 }

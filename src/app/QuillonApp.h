@@ -9,12 +9,16 @@
 #include "ui/status/StatusPalette.h"
 #include "ui/status/TrayIcon.h"
 
+#include "core/update/AppcastUpdater.h"
+
 #include <QMenu>
 #include <QObject>
 #include <memory>
 #include <optional>
 
 class PanelView;
+class SettingsWindow;
+class UpdateService;
 
 // The tray application wired together: the Linux services, the one AppState, the palette, the
 // tray icon and the Live Activity. It holds no behaviour of its own beyond the wiring.
@@ -28,7 +32,16 @@ public:
     // token, if any, is checked and the polling starts.
     void start(bool demo, std::optional<int> demoScene);
 
+    // The engine's picture as one line of JSON, as `quillon-cli watch --json` prints it.
+    QString statusJson() const;
+
+public Q_SLOTS:
+    // Opens the Settings window on the Vercel tab and brings it to the front.
+    void showSettings();
+
 private:
+    // The tray's right-click menu, in the current language.
+    void buildMenu();
     void openPanel(const QPoint& position);
     // Keeps the open panel under the tray icon, inside the screen with a margin.
     void placePanel();
@@ -43,6 +56,8 @@ private:
     TrayIcon tray_;
     QMenu menu_;
     std::unique_ptr<PanelView> panel_;
+    std::unique_ptr<SettingsWindow> settings_; // created on first use
+    AppcastUpdater updater_;
     std::unique_ptr<DemoHotKeys> hotKeys_; // demo mode only
     // Where the tray icon was last clicked: the anchor when the tray does not tell its geometry.
     std::optional<QPoint> lastClick_;

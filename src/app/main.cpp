@@ -5,6 +5,7 @@
 #include "app/QuitOnSignals.h"
 #include "app/ScreenCapture.h"
 #include "core/vercel/VercelAPI.h"
+#include "platform/SingleInstance.h"
 
 #include <QApplication>
 #include <QSystemTrayIcon>
@@ -69,10 +70,29 @@ int main(int argc, char** argv) {
     }
     QuitOnSignals quitOnSignals({SIGINT, SIGTERM});
 
+    // A second launch brings the running instance's Settings forward instead of a second icon.
+    SingleInstance instance;
+    switch (instance.claim()) {
+    case SingleInstance::Claim::forwarded:
+        printTo(stderr, QStringLiteral(
+                            "quillon: already running; its Settings window was brought forward\n"));
+        return 0;
+    case SingleInstance::Claim::unanswered:
+        printTo(stderr, QStringLiteral("quillon: already running, but it did not answer: %1\n")
+                            .arg(instance.problem()));
+        return 1;
+    case SingleInstance::Claim::owned:
+    case SingleInstance::Claim::noBus:
+        break;
+    }
+
     if (!QSystemTrayIcon::isSystemTrayAvailable())
         printTo(stderr, QStringLiteral("quillon: no system tray found; the Live Activity and "
                                        "notifications still work\n"));
     QuillonApp quillon(*apiBase, QApplication::applicationFilePath());
+    QObject::connect(&instance, &SingleInstance::showSettingsRequested, &quillon,
+                     &QuillonApp::showSettings);
+    instance.setStatusSource([&quillon] { return quillon.statusJson(); });
     quillon.start(qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1"), demoScene());
     if (options.screenshot)
         ScreenCapture::saveAfter(*options.screenshot, options.screenshotDelay);
