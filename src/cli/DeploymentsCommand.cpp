@@ -2,6 +2,7 @@
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
 #include "core/common/TimeTexts.h"
+#include "core/vercel/VercelTime.h"
 
 #include <QDateTime>
 #include <algorithm>
@@ -21,7 +22,7 @@ QString ageText(const VercelDeployment& deployment, const QDateTime& now) {
         deployment.createdAt ? deployment.createdAt : deployment.created;
     if (!created)
         return absent;
-    return relativeAgeText(QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(*created)), now);
+    return relativeAgeText(dateFromMilliseconds(*created), now);
 }
 
 QStringList columns(const VercelDeployment& deployment, const QDateTime& now) {

@@ -2,11 +2,15 @@
 
 #include "core/common/Language.h"
 
+#include <algorithm>
 #include <cmath>
 
 QString durationText(double seconds) {
+    // Durations come from time stamps in response bodies, which may hold any number: saturate
+    // rather than overflow the integer conversion.
+    constexpr double longest = 1e15;
     const double rounded = std::isfinite(seconds) ? std::round(seconds) : 0.0;
-    const qint64 s = rounded > 0 ? static_cast<qint64>(rounded) : 0;
+    const qint64 s = rounded > 0 ? static_cast<qint64>(std::min(rounded, longest)) : 0;
     if (s < 60)
         return QStringLiteral("%1 s").arg(s);
     if (s < 3600) {

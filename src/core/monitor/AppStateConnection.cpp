@@ -5,6 +5,7 @@
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
 #include "core/monitor/PreferenceKeys.h"
+#include "core/vercel/VercelTime.h"
 
 #include <QCollator>
 
@@ -41,8 +42,7 @@ TokenExpiry expiryFrom(const RequestResult<TokenInfoResponse>& answer) {
         return TokenExpiry::unknown();
     if (!answer->token.expiresAt)
         return TokenExpiry::never();
-    const auto ms = static_cast<qint64>(*answer->token.expiresAt);
-    return TokenExpiry::at(QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC));
+    return TokenExpiry::at(dateFromMilliseconds(*answer->token.expiresAt));
 }
 
 } // namespace

@@ -7,18 +7,19 @@ QDateTime SystemClock::now() const {
     return QDateTime::currentDateTime();
 }
 
+// Waits on a signal without arguments: QTimer::timeout carries a private tag that QCoro would
+// bind through a null reference. The timer and a cancellation both end the wait at once.
 QCoro::Task<> SystemClock::sleep(std::chrono::milliseconds duration,
                                  std::shared_ptr<Cancellation> cancellation) {
     if (cancellation && cancellation->isCancelled())
         co_return;
+    Cancellation due;
     QTimer timer;
     timer.setSingleShot(true);
     timer.setTimerType(Qt::CoarseTimer);
-    QMetaObject::Connection wake;
+    QObject::connect(&timer, &QTimer::timeout, &due, &Cancellation::cancel);
     if (cancellation)
-        wake = QObject::connect(cancellation.get(), &Cancellation::cancelled, &timer,
-                                [&timer] { timer.start(0); });
+        QObject::connect(cancellation.get(), &Cancellation::cancelled, &due, &Cancellation::cancel);
     timer.start(duration);
-    co_await qCoro(&timer, &QTimer::timeout);
-    QObject::disconnect(wake);
+    co_await qCoro(&due, &Cancellation::cancelled);
 }

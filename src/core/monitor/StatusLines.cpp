@@ -3,6 +3,7 @@
 #include "core/common/Language.h"
 #include "core/common/TimeTexts.h"
 #include "core/monitor/AppState.h"
+#include "core/vercel/VercelTime.h"
 
 QString toneName(Tone tone) {
     switch (tone) {
@@ -38,8 +39,7 @@ QString snapshotLine(const ProjectSnapshot& snapshot, const QDateTime& now) {
     };
     std::optional<QDateTime> created;
     if (d && (d->createdAt || d->created))
-        created = QDateTime::fromMSecsSinceEpoch(
-            static_cast<qint64>(d->createdAt.value_or(d->created.value_or(0))));
+        created = dateFromMilliseconds(d->createdAt.value_or(d->created.value_or(0)));
     const QStringList parts{
         title(snapshot.status()),
         snapshot.name,

@@ -1,4 +1,5 @@
 #include "ui/panel/ProjectRowTexts.h"
+#include "core/vercel/VercelTime.h"
 
 #include "core/common/TimeTexts.h"
 
@@ -42,8 +43,7 @@ QString ageText(const ProjectSnapshot& snap, const QDateTime& now, bool french) 
         return durationText(std::max(0.0, (nowMs - started) / 1000));
     }
     const double moment = lastMoment(*snap.latest);
-    return relativeAgeText(QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(moment)), now,
-                           french);
+    return relativeAgeText(dateFromMilliseconds(moment), now, french);
 }
 
 QString description(const ProjectSnapshot& snap, bool french) {

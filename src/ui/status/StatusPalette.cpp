@@ -1,5 +1,6 @@
 #include "ui/status/StatusPalette.h"
 
+#include "core/common/HexColor.h"
 #include "core/common/Preferences.h"
 
 namespace {
@@ -8,10 +9,6 @@ const QString successKey = QStringLiteral("colorSuccess");
 const QString queuedKey = QStringLiteral("colorQueued");
 const QString errorKey = QStringLiteral("colorError");
 const QString builtInErrorHex = QStringLiteral("#FF0074");
-
-bool isHexDigit(QChar c) {
-    return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
-}
 
 QColor storedOr(const Preferences& preferences, const QString& key, const QString& fallback) {
     if (const std::optional<QString> text = preferences.string(key)) {
@@ -123,17 +120,11 @@ std::optional<QColor> StatusPalette::toneColor(Tone tone) const {
 }
 
 std::optional<QColor> StatusPalette::colorFromHex(QStringView text) {
-    while (!text.isEmpty() && (text.front() == u' ' || text.front() == u'\t'))
-        text = text.mid(1);
-    while (!text.isEmpty() && (text.back() == u' ' || text.back() == u'\t'))
-        text.chop(1);
-    if (text.startsWith(u'#'))
-        text = text.mid(1);
-    if (text.size() != 6 || !std::all_of(text.begin(), text.end(), isHexDigit))
+    const std::optional<quint32> v = rgbFromHex(text);
+    if (!v)
         return std::nullopt;
-    const uint v = text.toUInt(nullptr, 16);
-    return QColor::fromRgbF(((v >> 16) & 0xFF) / 255.0F, ((v >> 8) & 0xFF) / 255.0F,
-                            (v & 0xFF) / 255.0F, 1.0F);
+    return QColor::fromRgbF(((*v >> 16) & 0xFF) / 255.0F, ((*v >> 8) & 0xFF) / 255.0F,
+                            (*v & 0xFF) / 255.0F, 1.0F);
 }
 
 QString StatusPalette::hexString(const QColor& color) {
