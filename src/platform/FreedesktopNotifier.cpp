@@ -1,5 +1,7 @@
 #include "platform/FreedesktopNotifier.h"
 
+#include "core/common/Language.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -25,41 +27,81 @@ FreedesktopNotifier::FreedesktopNotifier(QDBusConnection bus, UrlOpener opener, 
 void FreedesktopNotifier::post(const FailureNotification& notification) {
     if (!bus_.isConnected())
         return;
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("Notify"));
+    if (serverHasActions_) {
+        send(notification);
+        return;
+    }
+    const QDBusMessage ask = QDBusMessage::createMethodCall(kService, kPath, kInterface,
+                                                            QStringLiteral("GetCapabilities"));
+    auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(ask, kCallTimeoutMs), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, notification](QDBusPendingCallWatcher* finished) {
+                finished->deleteLater();
+                const QDBusPendingReply<QStringList> reply = *finished;
+                if (reply.isError())
+                    return; // no server: this notification is dropped, a later one asks again
+                if (!serverHasActions_)
+                    serverHasActions_ = reply.value().contains(QStringLiteral("actions"));
+                send(notification);
+            });
+}
+
+QStringList FreedesktopNotifier::actionsFor(const FailureNotification& notification) const {
     QStringList actions;
     if (notification.url)
-        actions << QStringLiteral("default") << QStringLiteral("Open");
+        actions << QStringLiteral("default") << Language::text("Open", "Ouvrir");
+    if (!serverHasActions_.value_or(false) || notification.transient)
+        return actions;
+    if (notification.url)
+        actions << QStringLiteral("open")
+                << Language::text("Open deployment", "Ouvrir le déploiement");
+    if (notification.offersReport && reportHandler_)
+        actions << QStringLiteral("copy-report")
+                << Language::text("Copy for AI", "Copier pour l'IA");
+    return actions;
+}
+
+void FreedesktopNotifier::send(const FailureNotification& notification) {
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("Notify"));
     QVariantMap hints;
-    hints.insert(QStringLiteral("sound-name"), QStringLiteral("dialog-warning"));
-    hints.insert(QStringLiteral("desktop-entry"), QStringLiteral("quillon"));
-    hints.insert(QStringLiteral("urgency"), QVariant::fromValue<uchar>(1));
+    hints.insert(QStringLiteral("desktop-entry"), QStringLiteral("com.fernhollow.quillon"));
+    if (notification.transient) {
+        hints.insert(QStringLiteral("transient"), true);
+        hints.insert(QStringLiteral("urgency"), QVariant::fromValue<uchar>(0));
+    } else {
+        hints.insert(QStringLiteral("sound-name"), QStringLiteral("dialog-warning"));
+        hints.insert(QStringLiteral("urgency"), QVariant::fromValue<uchar>(1));
+    }
+    const int expireMs = notification.transient ? 4000 : -1;
     call << QStringLiteral("Quillon") << uint(0) << QStringLiteral("quillon") << notification.title
-         << notification.body << actions << hints << int(-1);
-    const QDBusPendingCall pending = bus_.asyncCall(call, kCallTimeoutMs);
-    auto* watcher = new QDBusPendingCallWatcher(pending, this);
-    const std::optional<QUrl> url = notification.url;
+         << notification.body << actionsFor(notification) << hints << expireMs;
+    auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call, kCallTimeoutMs), this);
+    const Shown shown{notification.identifier, notification.url, notification.offersReport};
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
-            [this, url](QDBusPendingCallWatcher* finished) {
+            [this, shown](QDBusPendingCallWatcher* finished) {
                 finished->deleteLater();
                 const QDBusPendingReply<uint> reply = *finished;
                 if (reply.isError())
                     return; // no server, or it refused: nothing to tell the user
-                if (url)
-                    links_.insert(reply.value(), *url);
+                shown_.insert(reply.value(), shown);
                 Q_EMIT posted(reply.value());
             });
 }
 
 void FreedesktopNotifier::onActionInvoked(uint id, const QString& actionKey) {
-    const auto found = links_.constFind(id);
-    if (found == links_.constEnd() || actionKey != QLatin1String("default"))
+    const auto found = shown_.constFind(id);
+    if (found == shown_.constEnd())
         return;
-    const QUrl url = *found;
-    if (url.isValid() && opener_)
-        opener_(url);
+    const Shown shown = *found;
+    if (actionKey == QLatin1String("default") || actionKey == QLatin1String("open")) {
+        if (shown.url && shown.url->isValid() && opener_)
+            opener_(*shown.url);
+    } else if (actionKey == QLatin1String("copy-report") && shown.offersReport && reportHandler_) {
+        reportHandler_(shown.identifier);
+    }
 }
 
 void FreedesktopNotifier::onNotificationClosed(uint id, uint /*reason*/) {
-    links_.remove(id);
+    shown_.remove(id);
 }

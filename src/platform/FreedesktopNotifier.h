@@ -11,7 +11,8 @@
 
 // Failure notifications through org.freedesktop.Notifications. Calls are asynchronous, so a
 // missing or hung notification server never blocks the tray; clicking a notification (its
-// default action) opens the deployment's link.
+// default action) opens the deployment's link. Where the server shows buttons, a failure also
+// offers "Open deployment" and "Copy for AI".
 class FreedesktopNotifier final : public QObject, public NotificationService {
     Q_OBJECT
 public:
@@ -21,9 +22,12 @@ public:
 
     void requestAuthorization() override {} // the desktop asks nobody: nothing to request
     void post(const FailureNotification& notification) override;
+    void setReportHandler(std::function<void(const QString&)> handler) override {
+        reportHandler_ = std::move(handler);
+    }
 
-    // Notifications this process posted that the server still shows: server id → link.
-    int pendingCount() const { return static_cast<int>(links_.size()); }
+    // Notifications this process posted that the server still shows.
+    int pendingCount() const { return static_cast<int>(shown_.size()); }
 
 Q_SIGNALS:
     // The server accepted a notification and gave it this id (tests wait for it).
@@ -34,7 +38,18 @@ private Q_SLOTS:
     void onNotificationClosed(uint id, uint reason);
 
 private:
+    struct Shown {
+        QString identifier;
+        std::optional<QUrl> url;
+        bool offersReport = false;
+    };
+    void send(const FailureNotification& notification);
+    QStringList actionsFor(const FailureNotification& notification) const;
+
     QDBusConnection bus_;
     UrlOpener opener_;
-    QHash<uint, QUrl> links_;
+    std::function<void(const QString&)> reportHandler_;
+    QHash<uint, Shown> shown_;
+    // Whether the server shows buttons; asked once, before the first notification.
+    std::optional<bool> serverHasActions_;
 };

@@ -23,8 +23,12 @@ class RecordingNotifications final : public NotificationService {
 public:
     int authorizationRequests = 0;
     QList<FailureNotification> posted;
+    std::function<void(const QString&)> reportHandler;
     void requestAuthorization() override { ++authorizationRequests; }
     void post(const FailureNotification& notification) override { posted.append(notification); }
+    void setReportHandler(std::function<void(const QString&)> handler) override {
+        reportHandler = std::move(handler);
+    }
 };
 
 class RecordingClipboard final : public ClipboardService {

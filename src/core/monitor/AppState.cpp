@@ -8,9 +8,13 @@
 
 AppState::AppState(Services services, QObject* parent) : QObject(parent), services_(services) {
     readPreferences();
+    services_.notifications.setReportHandler(
+        [this](const QString& deploymentID) { copyReportFromNotification(deploymentID); });
+    QObject::connect(&pause_, &NotificationPause::changed, this, &AppState::changed);
 }
 
 AppState::~AppState() {
+    services_.notifications.setReportHandler(nullptr);
     cancelLoop();
 }
 
@@ -27,6 +31,7 @@ void AppState::readPreferences() {
     language_ = prefs.string(PreferenceKeys::appLanguage).value_or(QStringLiteral("auto"));
     heroMonochrome_ = prefs.boolean(PreferenceKeys::heroMonochrome).value_or(true);
     liveActivity_ = prefs.boolean(PreferenceKeys::liveActivity).value_or(true);
+    slowBuildWarning_ = prefs.boolean(PreferenceKeys::slowBuildWarning).value_or(false);
 }
 
 void AppState::start(bool demoMode) {
@@ -73,6 +78,10 @@ void AppState::setNotifyOnFailure(bool on) {
     storeBoolean(notifyOnFailure_, PreferenceKeys::notifyOnFailure, on);
     if (on)
         services_.notifications.requestAuthorization();
+}
+
+void AppState::setSlowBuildWarning(bool on) {
+    storeBoolean(slowBuildWarning_, PreferenceKeys::slowBuildWarning, on);
 }
 
 void AppState::setCountProductionOnly(bool on) {

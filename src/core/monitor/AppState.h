@@ -3,6 +3,7 @@
 #include "core/keychain/KeychainMode.h"
 #include "core/monitor/Clock.h"
 #include "core/monitor/ConnectionState.h"
+#include "core/monitor/NotificationPause.h"
 #include "core/monitor/PlatformServices.h"
 #include "core/vercel/ProjectRef.h"
 #include "core/vercel/ProjectSnapshot.h"
@@ -40,6 +41,8 @@ class AppState : public QObject {
     Q_PROPERTY(bool liveActivity READ liveActivity WRITE setLiveActivity NOTIFY preferencesChanged)
     Q_PROPERTY(
         bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY preferencesChanged)
+    Q_PROPERTY(bool slowBuildWarning READ slowBuildWarning WRITE setSlowBuildWarning NOTIFY
+                   preferencesChanged)
 public:
     // What AppState is handed at creation; every reference must outlive it.
     struct Services {
@@ -92,6 +95,8 @@ public:
     void setLiveActivity(bool on);
     bool launchAtLogin() const { return launchAtLogin_; }
     void setLaunchAtLogin(bool enabled);
+    bool slowBuildWarning() const { return slowBuildWarning_; }
+    void setSlowBuildWarning(bool on);
 
     // Monitored set.
     QSet<QString> effectiveMonitoredIDs() const;
@@ -114,12 +119,20 @@ public:
     void startLoop();
     void rebuildDemoSnapshots();
     void notifyFailures(const QList<ProjectSnapshot>& snapshots);
+    void warnSlowBuilds(const QList<ProjectSnapshot>& snapshots);
 
     // The failure report of the snapshot's latest deployment, as placed on the clipboard by
     // copyFailureReport; absent when the snapshot has no latest deployment.
     QCoro::Task<std::optional<QString>> failureReport(ProjectSnapshot snapshot) const;
     // Puts that report on the clipboard; answers whether there was one.
     QCoro::Task<bool> copyFailureReport(ProjectSnapshot snapshot);
+    // "Copy for AI" pressed on the notification of this failed deployment: copies its report and
+    // confirms with a short notification.
+    QCoro::Task<> copyReportFromNotification(QString deploymentID);
+
+    // Holds failure notifications for a while; see NotificationPause.
+    NotificationPause& notificationPause() { return pause_; }
+    const NotificationPause& notificationPause() const { return pause_; }
 
     // A tone forced for the colour preview.
     void setPreviewTone(std::optional<Tone> tone);
@@ -175,6 +188,7 @@ private:
     QString language_ = QStringLiteral("auto");
     bool heroMonochrome_ = true;
     bool liveActivity_ = true;
+    bool slowBuildWarning_ = false;
     std::optional<VercelAPI> api_;
     // Bumped when the token is removed, so a pass still waiting on the network publishes nothing.
     quint64 generation_ = 0;
@@ -182,5 +196,9 @@ private:
     std::shared_ptr<Cancellation> loopTask_;
     QHash<QString, DeployStatus> previousStatus_;
     QSet<QString> notifiedDeployments_;
+    // Failures shown this session, by deployment id, for "Copy for AI" on their notification.
+    QHash<QString, ProjectSnapshot> notifiedFailures_;
+    QSet<QString> slowWarned_;
+    NotificationPause pause_{services_.clock, services_.notifications};
     std::optional<Tone> previewTone_;
 };

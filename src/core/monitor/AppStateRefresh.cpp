@@ -3,6 +3,7 @@
 #include "core/monitor/AppState.h"
 #include "core/monitor/FailureNotificationText.h"
 #include "core/monitor/PassAccumulator.h"
+#include "core/monitor/SlowBuildCheck.h"
 
 using namespace std::chrono_literals;
 
@@ -114,8 +115,24 @@ void AppState::notifyFailures(const QList<ProjectSnapshot>& snapshots) {
             !notifiedDeployments_.contains(snapshot.latest->deploymentID()) &&
             previousStatus_.value(snapshot.id, DeployStatus::unknown) != DeployStatus::error) {
             notifiedDeployments_.insert(snapshot.latest->deploymentID());
-            services_.notifications.post(failureNotification(snapshot));
+            notifiedFailures_.insert(snapshot.latest->deploymentID(), snapshot);
+            pause_.deliver(failureNotification(snapshot));
         }
         previousStatus_.insert(snapshot.id, status);
+    }
+    warnSlowBuilds(snapshots);
+}
+
+void AppState::warnSlowBuilds(const QList<ProjectSnapshot>& snapshots) {
+    // A paused monitor stays silent; a build still slow when the pause ends is told then.
+    if (!slowBuildWarning_ || pause_.isPaused())
+        return;
+    const QDateTime now = services_.clock.now();
+    for (const ProjectSnapshot& snapshot : snapshots) {
+        const std::optional<double> elapsed = slowBuildElapsed(snapshot, now);
+        if (!elapsed || slowWarned_.contains(snapshot.latest->deploymentID()))
+            continue;
+        slowWarned_.insert(snapshot.latest->deploymentID());
+        services_.notifications.post(slowBuildNotification(snapshot, *elapsed));
     }
 }

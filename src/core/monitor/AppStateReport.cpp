@@ -1,5 +1,6 @@
 // "Copy for AI": the failure report of a project's latest deployment, with the relevant part of
 // its build log.
+#include "core/common/Language.h"
 #include "core/demo/DemoDirector.h"
 #include "core/monitor/AppState.h"
 #include "core/vercel/BuildLog.h"
@@ -29,4 +30,21 @@ QCoro::Task<bool> AppState::copyFailureReport(ProjectSnapshot snapshot) {
         co_return false;
     clipboard.setText(*report);
     co_return true;
+}
+
+QCoro::Task<> AppState::copyReportFromNotification(QString deploymentID) {
+    const auto found = notifiedFailures_.constFind(deploymentID);
+    if (found == notifiedFailures_.constEnd())
+        co_return;
+    QPointer<AppState> self(this);
+    NotificationService& notifications = services_.notifications;
+    if (!co_await copyFailureReport(*found) || !self)
+        co_return;
+    FailureNotification confirmation;
+    confirmation.identifier = deploymentID;
+    confirmation.title = Language::text("Failure report copied", "Rapport d'échec copié");
+    confirmation.body =
+        Language::text("Paste it into your AI assistant.", "Collez-le dans votre assistant IA.");
+    confirmation.transient = true;
+    notifications.post(confirmation);
 }

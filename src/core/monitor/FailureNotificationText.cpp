@@ -20,5 +20,6 @@ FailureNotification failureNotification(const ProjectSnapshot& snapshot) {
     }
     notification.body = pieces.join(QStringLiteral(" · "));
     notification.url = snapshot.dashboardURL();
+    notification.offersReport = snapshot.latest.has_value();
     return notification;
 }

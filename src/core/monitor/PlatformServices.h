@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QUrl>
+#include <functional>
 #include <optional>
 
 // The desktop services the engine needs, each behind a narrow interface handed to AppState, so
@@ -16,12 +17,15 @@ public:
     virtual std::optional<QString> setEnabled(bool enabled) = 0;
 };
 
-// One failure notification, already in the user's language.
+// One notification, already in the user's language: a failure, a slow build, a summary or a
+// short confirmation.
 struct FailureNotification {
     QString identifier; // the deployment id
     QString title;
     QString body;
-    std::optional<QUrl> url; // opened when the notification is clicked
+    std::optional<QUrl> url;   // opened when the notification is clicked
+    bool offersReport = false; // a "Copy for AI" button where the server shows buttons
+    bool transient = false;    // a short confirmation that is not kept in the history
 };
 
 class NotificationService {
@@ -30,6 +34,9 @@ public:
     // Asks to show alerts with sound; the answer is not needed.
     virtual void requestAuthorization() = 0;
     virtual void post(const FailureNotification& notification) = 0;
+    // Called with a notification's identifier when the user asks for its failure report from
+    // the notification itself. A server without buttons never calls it.
+    virtual void setReportHandler(std::function<void(const QString& identifier)> handler) = 0;
 };
 
 // The system clipboard, as plain text.

@@ -12,4 +12,5 @@ inline const QString countProductionOnly = QStringLiteral("countProductionOnly")
 inline const QString appLanguage = QStringLiteral("appLanguage");
 inline const QString heroMonochrome = QStringLiteral("heroMonochrome");
 inline const QString liveActivity = QStringLiteral("liveActivity");
+inline const QString slowBuildWarning = QStringLiteral("slowBuildWarning");
 } // namespace PreferenceKeys

@@ -1,4 +1,5 @@
 #include "core/monitor/StatusJson.h"
+#include "core/vercel/VercelTime.h"
 
 #include "core/monitor/AppState.h"
 #include "core/monitor/StatusLines.h"
@@ -20,7 +21,7 @@ QJsonValue ageSeconds(const std::optional<VercelDeployment>& deployment, const Q
         deployment->createdAt ? deployment->createdAt : deployment->created;
     if (!created)
         return QJsonValue::Null;
-    const qint64 age = (now.toMSecsSinceEpoch() - static_cast<qint64>(*created)) / 1000;
+    const qint64 age = (now.toMSecsSinceEpoch() - boundedMilliseconds(*created)) / 1000;
     return static_cast<qint64>(std::max<qint64>(0, age));
 }
 

@@ -404,9 +404,12 @@ void PanelView::updateRefreshSpin() {
 }
 
 void PanelView::updateFooter() {
+    const NotificationPause& pause = state_.notificationPause();
     const std::optional<QDateTime>& last = state_.lastRefresh();
-    lastRefresh_->setVisible(last.has_value());
-    if (last)
+    lastRefresh_->setVisible(last.has_value() || pause.isPaused());
+    if (pause.isPaused())
+        lastRefresh_->setText(pause.pausedUntilText());
+    else if (last)
         lastRefresh_->setText(Language::text("Updated ", "Mis à jour ") +
                               relativeAgeText(last, state_.clock().now()));
 }
