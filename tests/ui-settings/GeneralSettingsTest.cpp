@@ -44,6 +44,9 @@ TEST_F(GeneralSettingsTest, EachControlWritesItsPreference) {
     view.liveActivityToggle()->click();
     view.notifyToggle()->click();
     view.productionOnlyToggle()->click();
+    EXPECT_FALSE(view.slowBuildToggle()->isChecked()); // off until asked for
+    view.slowBuildToggle()->click();
+    EXPECT_EQ(prefs->boolean(PreferenceKeys::slowBuildWarning), true);
     EXPECT_EQ(prefs->boolean(PreferenceKeys::heroMonochrome), false);
     EXPECT_EQ(prefs->boolean(PreferenceKeys::liveActivity), false);
     EXPECT_EQ(prefs->boolean(PreferenceKeys::notifyOnFailure), false);

@@ -59,6 +59,13 @@ GeneralSettings::GeneralSettings(AppState& state, StatusPalette& palette, ColorP
                        "Aucune notification pour les succès : seul un échec mérite votre "
                        "attention."),
         &AppState::setNotifyOnFailure);
+    slowBuild_ = addToggleSection(
+        {},
+        Language::text("Warn when a build takes longer than usual",
+                       "Avertir quand un build dure plus longtemps que d'habitude"),
+        Language::text("After twice the project's usual build time, and at least 2 minutes.",
+                       "Après deux fois la durée habituelle du projet, et au moins 2 minutes."),
+        &AppState::setSlowBuildWarning);
     productionOnly_ = addToggleSection(
         Language::text("Today counter", "Compteur du jour"),
         Language::text("Count production deployments only",
@@ -135,6 +142,7 @@ void GeneralSettings::refresh() {
     check(login_, state_.launchAtLogin());
     check(live_, state_.liveActivity());
     check(notify_, state_.notifyOnFailure());
+    check(slowBuild_, state_.slowBuildWarning());
     check(productionOnly_, state_.countProductionOnly());
     const std::optional<QString>& error = state_.lastError();
     errorSection_->setVisible(error.has_value());

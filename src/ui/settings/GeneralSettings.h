@@ -30,6 +30,7 @@ public:
     QCheckBox* loginToggle() const { return login_; }
     QCheckBox* liveActivityToggle() const { return live_; }
     QCheckBox* notifyToggle() const { return notify_; }
+    QCheckBox* slowBuildToggle() const { return slowBuild_; }
     QCheckBox* productionOnlyToggle() const { return productionOnly_; }
     ColorsSection* colors() const { return colors_; }
     UpdatesSection* updates() const { return updates_; }
@@ -49,6 +50,7 @@ private:
     QCheckBox* login_ = nullptr;
     QCheckBox* live_ = nullptr;
     QCheckBox* notify_ = nullptr;
+    QCheckBox* slowBuild_ = nullptr;
     QCheckBox* productionOnly_ = nullptr;
     ColorsSection* colors_ = nullptr;
     UpdatesSection* updates_ = nullptr;
