@@ -6,7 +6,9 @@
 #include "support/desktop/PrivateDesktop.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QUuid>
 #include <gtest/gtest.h>
 
@@ -38,8 +40,8 @@ protected:
         QDBusConnection::disconnectFromBus(connectionName);
     }
 
-    void startDunst() {
-        const std::optional<QString> failure = desktop.startDunst();
+    void startDunst(const QByteArray& globalSettings = {}) {
+        const std::optional<QString> failure = desktop.startDunst(globalSettings);
         ASSERT_FALSE(failure) << failure->toStdString();
     }
 
@@ -121,4 +123,37 @@ TEST_F(FreedesktopNotifierTest, AServerThatDoesNotAnswerNeverBlocksPosting) {
     desktop.resumeDunst();
     ASSERT_TRUE(waitUntil([&] { return posted.count() == 1; }));
     EXPECT_EQ(dunst().displayed(), 1);
+}
+
+TEST_F(FreedesktopNotifierTest, ButtonsOpenTheDeploymentAndAskForTheReport) {
+    // dunst shows buttons in its context menu, through its dmenu command: this one records the
+    // menu and picks "Copy for AI".
+    QTemporaryDir dir;
+    const QString menu = dir.filePath(QStringLiteral("menu.txt"));
+    const QString pick = dir.filePath(QStringLiteral("pick.sh"));
+    QFile script(pick);
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write(QStringLiteral("#!/bin/sh\ncat > '%1'\ngrep 'Copy for AI' '%1' | head -n 1\n")
+                     .arg(menu)
+                     .toUtf8());
+    script.close();
+    script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    startDunst("    dmenu = " + pick.toUtf8());
+    QStringList asked;
+    notifier->setReportHandler([&asked](const QString& id) { asked.append(id); });
+
+    FailureNotification withReport = failure(QStringLiteral("dpl_8Fq2"), dashboard);
+    withReport.offersReport = true;
+    ASSERT_NE(post(withReport), 0u);
+    ASSERT_TRUE(waitUntil([&] { return dunst().displayed() == 1; }));
+    ASSERT_TRUE(dunst().openContextMenu());
+
+    ASSERT_TRUE(waitUntil([&] { return !asked.isEmpty(); }));
+    EXPECT_EQ(asked, QStringList{"dpl_8Fq2"});
+    EXPECT_TRUE(opened.isEmpty());
+    QFile offered(menu);
+    ASSERT_TRUE(offered.open(QIODevice::ReadOnly));
+    const QString lines = QString::fromUtf8(offered.readAll());
+    EXPECT_TRUE(lines.contains("Open deployment")) << lines.toStdString();
+    EXPECT_TRUE(lines.contains("Copy for AI"));
 }

@@ -32,6 +32,10 @@ bool DunstControl::invokeAction(int position) const {
                .type() == QDBusMessage::ReplyMessage;
 }
 
+bool DunstControl::openContextMenu() const {
+    return call(QStringLiteral("ContextMenuCall")).type() == QDBusMessage::ReplyMessage;
+}
+
 bool DunstControl::closeAll() const {
     return call(QStringLiteral("NotificationCloseAll")).type() == QDBusMessage::ReplyMessage;
 }

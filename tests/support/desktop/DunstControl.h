@@ -16,6 +16,9 @@ public:
     bool invokeAction(int position = 0) const;
     // Closes every notification on screen, which moves it to the history (`dunstctl close-all`).
     bool closeAll() const;
+    // Opens the context menu (`dunstctl context`): dunst runs its dmenu command with one line
+    // per action and invokes the action on the line it prints.
+    bool openContextMenu() const;
     // Closed notifications with their "summary", "body", "appname", "id"… (`dunstctl history`).
     QList<QVariantMap> history() const;
 

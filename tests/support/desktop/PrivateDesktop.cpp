@@ -16,8 +16,7 @@ constexpr int kStartTimeoutMs = 10000;
 const QString kNotifications = QStringLiteral("org.freedesktop.Notifications");
 
 // Notifications stay on screen until acted upon, so a slow test still finds them there.
-const QByteArray dunstConfig = "[global]\n    idle_threshold = 0\n"
-                               "[urgency_low]\n    timeout = 0\n"
+const QByteArray dunstConfig = "[urgency_low]\n    timeout = 0\n"
                                "[urgency_normal]\n    timeout = 0\n"
                                "[urgency_critical]\n    timeout = 0\n";
 
@@ -86,9 +85,10 @@ std::optional<QString> PrivateDesktop::startBus() {
     return std::nullopt;
 }
 
-std::optional<QString> PrivateDesktop::startDunst() {
+std::optional<QString> PrivateDesktop::startDunst(const QByteArray& globalSettings) {
     const QString configPath = home_.filePath(QStringLiteral("dunstrc"));
-    if (!writeFile(configPath, dunstConfig))
+    const QByteArray global = "[global]\n    idle_threshold = 0\n" + globalSettings + "\n";
+    if (!writeFile(configPath, global + dunstConfig))
         return QStringLiteral("cannot write the dunst configuration");
     dunst_.setProcessEnvironment(environment());
     dunst_.start(QStringLiteral("dunst"), {QStringLiteral("-config"), configPath});

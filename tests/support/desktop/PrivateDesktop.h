@@ -20,7 +20,9 @@ public:
     // Each answers what went wrong, if anything did.
     std::optional<QString> startDisplay();
     std::optional<QString> startBus();
-    std::optional<QString> startDunst(); // on the display and the bus, which must run already
+    // On the display and the bus, which must run already. `globalSettings` are added to dunst's
+    // [global] section (for example its dmenu command).
+    std::optional<QString> startDunst(const QByteArray& globalSettings = {});
 
     // Freezes dunst (SIGSTOP): it keeps its bus name but answers nothing until resumed.
     void pauseDunst();
