@@ -2,6 +2,7 @@
 
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeServices.h"
 #include "support/FakeVercelAccount.h"
 #include "support/LoopbackHttpServer.h"
@@ -12,20 +13,12 @@
 
 // One AppState on a manual clock, talking to a fake Vercel account on a loopback server, with
 // private preferences and keyring: the same parts the view tests use.
-struct ScreenshotScene {
+struct ScreenshotScene : FakeDesktop {
     static QDateTime start() { return QDateTime(QDate(2026, 11, 23), QTime(15, 0)); }
 
-    TempPreferences prefs;
-    MemorySecretBackend secrets;
-    KeychainStore keychain{secrets};
-    FakeLoginItem loginItem;
-    RecordingNotifications notifications;
-    RecordingClipboard clipboard;
-    ManualClock clock{start()};
     LoopbackHttpServer server;
     FakeVercelAccount account{server};
-    AppState state{{*prefs, keychain, loginItem, notifications, clipboard, clock, server.baseUrl(),
-                    std::chrono::milliseconds(3000)}};
+    AppState state{services(server.baseUrl())};
     StatusPalette palette{*prefs, QStringLiteral("#FF0074")};
 
     double minutesAgo(double minutes) const {

@@ -1,4 +1,5 @@
 #include "ui/panel/PanelView.h"
+#include "support/FakeDesktop.h"
 
 #include "core/common/Language.h"
 #include "core/keychain/KeychainStore.h"
@@ -34,19 +35,11 @@ ProjectSnapshot snap(const QString& id, const char* state, std::optional<double>
     return made;
 }
 
-class PanelViewTest : public ::testing::Test {
+class PanelViewTest : public ::testing::Test, protected FakeDesktop {
 protected:
-    TempPreferences prefs;
-    MemorySecretBackend secrets;
-    KeychainStore keychain{secrets};
-    FakeLoginItem loginItem;
-    RecordingNotifications notifications;
-    RecordingClipboard clipboard;
-    ManualClock clock{start};
     LoopbackHttpServer server;
     FakeVercelAccount account{server};
-    AppState state{{*prefs, keychain, loginItem, notifications, clipboard, clock, server.baseUrl(),
-                    std::chrono::milliseconds(3000)}};
+    AppState state{services(server.baseUrl())};
     StatusPalette palette{*prefs, QStringLiteral("#FF0074")};
 
     void SetUp() override { Language::overrideSystemLanguages({QStringLiteral("en-US")}); }

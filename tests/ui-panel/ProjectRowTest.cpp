@@ -4,6 +4,7 @@
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
 #include "core/monitor/PreferenceKeys.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeServices.h"
 #include "support/ManualClock.h"
 #include "support/MemorySecretBackend.h"
@@ -164,16 +165,9 @@ TEST(ProjectRowTexts, FreshnessAndBadge) {
     EXPECT_FALSE(showsPreviewBadge(noDeployment()));
 }
 
-class ProjectRowTest : public ::testing::Test {
+class ProjectRowTest : public ::testing::Test, protected FakeDesktop {
 protected:
-    TempPreferences prefs;
-    MemorySecretBackend secrets;
-    KeychainStore keychain{secrets};
-    FakeLoginItem loginItem;
-    RecordingNotifications notifications;
-    RecordingClipboard clipboard;
-    ManualClock clock{start};
-    AppState state{{*prefs, keychain, loginItem, notifications, clipboard, clock}};
+    AppState state{services()};
     StatusPalette palette{*prefs, QStringLiteral("#FF0074")};
     QList<QUrl> opened;
 

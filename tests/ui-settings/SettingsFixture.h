@@ -4,6 +4,7 @@
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
 #include "core/update/UpdateService.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeServices.h"
 #include "support/FakeVercelAccount.h"
 #include "support/LoopbackHttpServer.h"
@@ -48,19 +49,11 @@ public:
 
 // An AppState talking to a fake Vercel account on 127.0.0.1, with an in-memory keyring, a manual
 // clock, the palette and the colour preview, in an English desktop.
-class SettingsFixture : public ::testing::Test {
+class SettingsFixture : public ::testing::Test, protected FakeDesktop {
 protected:
-    TempPreferences prefs;
-    MemorySecretBackend secrets;
-    KeychainStore keychain{secrets};
-    FakeLoginItem loginItem;
-    RecordingNotifications notifications;
-    RecordingClipboard clipboard;
-    ManualClock clock{QDateTime(QDate(2026, 11, 23), QTime(15, 0))};
     LoopbackHttpServer server;
     FakeVercelAccount account{server};
-    AppState state{{*prefs, keychain, loginItem, notifications, clipboard, clock, server.baseUrl(),
-                    std::chrono::milliseconds(3000)}};
+    AppState state{services(server.baseUrl())};
     StatusPalette palette{*prefs, QStringLiteral("#FF0074")};
     LiveActivityController live{palette, clock};
     ColorPreview preview{state, live};

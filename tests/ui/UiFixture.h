@@ -2,6 +2,7 @@
 
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeServices.h"
 #include "support/ManualClock.h"
 #include "support/MemorySecretBackend.h"
@@ -12,15 +13,7 @@
 
 // An AppState on a manual clock with recording desktop services and a private preference store,
 // for the views that observe it.
-class UiFixture : public ::testing::Test {
+class UiFixture : public ::testing::Test, protected FakeDesktop {
 protected:
-    TempPreferences prefs;
-    MemorySecretBackend secrets;
-    KeychainStore keychain{secrets};
-    FakeLoginItem loginItem;
-    RecordingNotifications notifications;
-    RecordingClipboard clipboard;
-    ManualClock clock{QDateTime(QDate(2026, 11, 23), QTime(15, 0))};
-    AppState state{
-        AppState::Services{*prefs, keychain, loginItem, notifications, clipboard, clock}};
+    AppState state{services()};
 };

@@ -2,9 +2,8 @@
 // QUILLON_APPCAST_URL (a test server, a staging feed). Plain http:// could be tampered with on
 // the way, so it is only allowed when the request never leaves the machine.
 #include "core/common/Language.h"
+#include "core/common/SafeAddress.h"
 #include "core/update/AppcastUpdater.h"
-
-#include <QHostAddress>
 
 #ifndef QUILLON_APPCAST_URL
 #define QUILLON_APPCAST_URL "https://fernhollow.com/quillon/appcast.xml"
@@ -12,18 +11,10 @@
 
 namespace {
 
-bool isLoopbackHost(const QString& host) {
-    if (host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0)
-        return true;
-    const QHostAddress address(host);
-    return !address.isNull() && address.isLoopback();
-}
-
 bool isUsable(const QUrl& url) {
     if (!url.isValid() || url.host().isEmpty() || !url.userInfo().isEmpty())
         return false;
-    return url.scheme() == QLatin1String("https") ||
-           (url.scheme() == QLatin1String("http") && isLoopbackHost(url.host()));
+    return usesSafeTransport(url);
 }
 
 } // namespace

@@ -2,18 +2,10 @@
 // recording proxy). The token travels in clear over http://, so that is only allowed when the
 // request never leaves the machine.
 #include "core/common/Language.h"
+#include "core/common/SafeAddress.h"
 #include "core/vercel/VercelAPI.h"
 
-#include <QHostAddress>
-
 namespace {
-
-bool isLoopbackHost(const QString& host) {
-    if (host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0)
-        return true;
-    const QHostAddress address(host);
-    return !address.isNull() && address.isLoopback();
-}
 
 // Why `url` cannot serve as the API base, or an empty text when it can.
 QString baseProblem(const QUrl& url) {
@@ -24,10 +16,7 @@ QString baseProblem(const QUrl& url) {
         return Language::text("QUILLON_API_BASE must not carry a user, a query or a fragment.",
                               "QUILLON_API_BASE ne doit contenir ni utilisateur, ni requête, "
                               "ni fragment.");
-    const QString scheme = url.scheme();
-    if (scheme == QLatin1String("https"))
-        return {};
-    if (scheme == QLatin1String("http") && isLoopbackHost(url.host()))
+    if (usesSafeTransport(url))
         return {};
     return Language::text("QUILLON_API_BASE must use https:// (http:// only on this computer).",
                           "QUILLON_API_BASE doit utiliser https:// (http:// seulement sur cet "

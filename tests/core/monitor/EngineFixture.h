@@ -2,6 +2,7 @@
 
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeServices.h"
 #include "support/FakeVercelAccount.h"
 #include "support/ManualClock.h"
@@ -14,15 +15,8 @@
 
 // An AppState wired to a fake Vercel account on 127.0.0.1, an in-memory keyring, a manual clock
 // and recording desktop services.
-class EngineFixture : public ::testing::Test {
+class EngineFixture : public ::testing::Test, protected FakeDesktop {
 protected:
-    TempPreferences prefs;
-    MemorySecretBackend secrets;
-    KeychainStore keychain{secrets};
-    FakeLoginItem loginItem;
-    RecordingNotifications notifications;
-    RecordingClipboard clipboard;
-    ManualClock clock{QDateTime(QDate(2026, 11, 23), QTime(15, 0))};
     LoopbackHttpServer server;
     FakeVercelAccount account{server};
     std::unique_ptr<AppState> state;
@@ -30,9 +24,7 @@ protected:
     void TearDown() override { state.reset(); }
 
     AppState& makeState() {
-        state = std::make_unique<AppState>(
-            AppState::Services{*prefs, keychain, loginItem, notifications, clipboard, clock,
-                               server.baseUrl(), std::chrono::milliseconds(3000)});
+        state = std::make_unique<AppState>(services(server.baseUrl()));
         return *state;
     }
 
