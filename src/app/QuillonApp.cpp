@@ -30,8 +30,11 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
     live_.setAnchorSource([this] { return trayAnchor(); });
     live_.observe(state_);
     buildMenu();
-    connect(&state_, &AppState::preferencesChanged, this, &QuillonApp::buildMenu);
-    connect(&state_.notificationPause(), &NotificationPause::changed, this, &QuillonApp::buildMenu);
+    // Queued: the menu is rebuilt after the action that changed things has finished.
+    for (auto signal : {&AppState::preferencesChanged, &AppState::connectionChanged})
+        connect(&state_, signal, this, &QuillonApp::buildMenu, Qt::QueuedConnection);
+    connect(&state_.notificationPause(), &NotificationPause::changed, this, &QuillonApp::buildMenu,
+            Qt::QueuedConnection);
     updater_.start(Preferences::standard());
     tray_.systemTrayIcon().setContextMenu(&menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
@@ -50,7 +53,7 @@ void QuillonApp::start(bool demo, std::optional<int> demoScene) {
 void QuillonApp::buildMenu() {
     menu_.clear();
     QAction* refresh = menu_.addAction(Language::text("Refresh now", "Actualiser maintenant"));
-    refresh->setEnabled(state_.connection().kind == Connection::Kind::connected);
+    refresh->setEnabled(state_.connection().isConnected() && !state_.isDemo());
     connect(refresh, &QAction::triggered, &state_, [this] { state_.refresh(); });
     QAction* open = menu_.addAction(Language::text("Open panel", "Ouvrir le panneau"));
     connect(open, &QAction::triggered, this,
