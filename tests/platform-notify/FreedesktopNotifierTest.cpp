@@ -1,5 +1,6 @@
 // FreedesktopNotifier against a real notification server: dunst on a private display and bus.
 #include "platform/FreedesktopNotifier.h"
+#include "PlainNotificationServer.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
 #include "support/desktop/DunstControl.h"
@@ -156,4 +157,22 @@ TEST_F(FreedesktopNotifierTest, ButtonsOpenTheDeploymentAndAskForTheReport) {
     const QString lines = QString::fromUtf8(offered.readAll());
     EXPECT_TRUE(lines.contains("Open deployment")) << lines.toStdString();
     EXPECT_TRUE(lines.contains("Copy for AI"));
+}
+
+TEST_F(FreedesktopNotifierTest, AServerWithoutButtonsGetsOnlyTheClick) {
+    PlainNotificationServer server;
+    const QString name = QStringLiteral("plain-server");
+    QDBusConnection serving = QDBusConnection::connectToBus(desktop.busAddress(), name);
+    ASSERT_TRUE(serving.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &server,
+                                       QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(serving.registerService(QStringLiteral("org.freedesktop.Notifications")));
+    notifier->setReportHandler([](const QString&) {});
+
+    FailureNotification withReport = failure(QStringLiteral("dpl_8Fq2"), dashboard);
+    withReport.offersReport = true;
+    ASSERT_NE(post(withReport), 0u);
+
+    ASSERT_EQ(server.requestedActions.size(), 1);
+    EXPECT_EQ(server.requestedActions[0], QStringList({"default", "Open"}));
+    QDBusConnection::disconnectFromBus(name);
 }
