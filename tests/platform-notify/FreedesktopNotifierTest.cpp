@@ -42,7 +42,7 @@ protected:
     }
 
     void startDunst(const QByteArray& globalSettings = {}) {
-        const std::optional<QString> failure = desktop.startDunst(globalSettings);
+        const std::optional<QString> failure = desktop.startDunstWith(globalSettings);
         ASSERT_FALSE(failure) << failure->toStdString();
     }
 

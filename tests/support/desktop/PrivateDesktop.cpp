@@ -85,7 +85,7 @@ std::optional<QString> PrivateDesktop::startBus() {
     return std::nullopt;
 }
 
-std::optional<QString> PrivateDesktop::startDunst(const QByteArray& globalSettings) {
+std::optional<QString> PrivateDesktop::startDunstWith(const QByteArray& globalSettings) {
     const QString configPath = home_.filePath(QStringLiteral("dunstrc"));
     const QByteArray global = "[global]\n    idle_threshold = 0\n" + globalSettings + "\n";
     if (!writeFile(configPath, global + dunstConfig))

@@ -22,7 +22,8 @@ public:
     std::optional<QString> startBus();
     // On the display and the bus, which must run already. `globalSettings` are added to dunst's
     // [global] section (for example its dmenu command).
-    std::optional<QString> startDunst(const QByteArray& globalSettings = {});
+    std::optional<QString> startDunstWith(const QByteArray& globalSettings);
+    std::optional<QString> startDunst() { return startDunstWith({}); }
 
     // Freezes dunst (SIGSTOP): it keeps its bus name but answers nothing until resumed.
     void pauseDunst();
