@@ -1,55 +1,18 @@
 #include "core/update/AppcastUpdater.h"
 
+#include "core/common/BoundedGet.h"
 #include "core/common/Language.h"
 #include "core/common/Preferences.h"
 #include "core/monitor/Clock.h"
 #include "core/update/AppcastItem.h"
 #include "core/update/VersionOrder.h"
 
-#include <QCoreApplication>
-#include <QCoro/QCoroNetworkReply>
-#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QThread>
 
 namespace {
 
-// The network outlives any one updater, so a reply still in flight when its updater goes never
-// refers to a manager that is gone.
-QNetworkAccessManager& network() {
-    static QPointer<QNetworkAccessManager> manager;
-    Q_ASSERT(QThread::currentThread() == QCoreApplication::instance()->thread());
-    if (manager.isNull()) {
-        manager = new QNetworkAccessManager(QCoreApplication::instance());
-        manager->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
-    }
-    return *manager;
-}
-
-struct ReplyDeleter {
-    void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
-};
-
-// The body as it arrives; past the cap the transfer is abandoned.
-struct Download {
-    QByteArray body;
-    bool tooLarge = false;
-
-    void take(QNetworkReply* reply) {
-        if (tooLarge || !reply->isOpen())
-            return;
-        if (body.size() + reply->bytesAvailable() > AppcastUpdater::maxFeedBytes) {
-            tooLarge = true;
-            body.clear();
-            QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
-            return;
-        }
-        body += reply->readAll();
-    }
-};
-
-Expected<QByteArray, QString> outcome(const QNetworkReply& reply, Download& download) {
+Expected<QByteArray, QString> outcome(const QNetworkReply& reply, BoundedReply& download) {
     if (download.tooLarge)
         return Language::text("the feed is larger than 4 MiB.", "le flux dépasse 4 Mio.");
     // Qt reports its own transfer timeout as a cancellation; nothing else cancels a check.
@@ -70,13 +33,8 @@ QCoro::Task<Expected<QByteArray, QString>> fetch(QUrl url) {
     QNetworkRequest request(url);
     request.setTransferTimeout(static_cast<int>(
         std::chrono::duration_cast<std::chrono::milliseconds>(AppcastUpdater::timeout).count()));
-    std::unique_ptr<QNetworkReply, ReplyDeleter> reply(network().get(request));
-    auto download = std::make_shared<Download>();
-    QObject::connect(reply.get(), &QIODevice::readyRead, reply.get(),
-                     [raw = reply.get(), download] { download->take(raw); });
-    co_await reply.get();
-    download->take(reply.get());
-    co_return outcome(*reply, *download);
+    BoundedReply download = co_await boundedGet(request, AppcastUpdater::maxFeedBytes);
+    co_return outcome(*download.reply, download);
 }
 
 } // namespace

@@ -1,13 +1,9 @@
 #include "core/vercel/VercelAPI.h"
 
+#include "core/common/BoundedGet.h"
 #include "core/common/Language.h"
 
-#include <QCoreApplication>
-#include <QCoro/QCoroNetworkReply>
-#include <QNetworkAccessManager>
 #include <QNetworkRequest>
-#include <QPointer>
-#include <QThread>
 #include <memory>
 
 namespace {
@@ -15,45 +11,6 @@ namespace {
 // Far above a full build log or 100 projects with their deployments; a server that sends more
 // is broken or hostile, and must not be allowed to fill the memory.
 constexpr qint64 kMaxBodyBytes = 64 * 1024 * 1024;
-
-// One session for the whole process, so connections are reused across calls. It belongs to the
-// application object and therefore to the main thread, where every call is made.
-QNetworkAccessManager& sharedNetwork() {
-    static QPointer<QNetworkAccessManager> manager;
-    Q_ASSERT(QCoreApplication::instance() != nullptr);
-    Q_ASSERT(QThread::currentThread() == QCoreApplication::instance()->thread());
-    if (manager.isNull()) {
-        manager = new QNetworkAccessManager(QCoreApplication::instance());
-        manager->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
-    }
-    return *manager;
-}
-
-struct ReplyDeleter {
-    void operator()(QNetworkReply* reply) const { reply->deleteLater(); }
-};
-using ReplyPtr = std::unique_ptr<QNetworkReply, ReplyDeleter>;
-
-// The body as it arrives, given up on once it passes the cap.
-struct Download {
-    QByteArray body;
-    bool tooLarge = false;
-
-    void take(QNetworkReply* reply) {
-        if (tooLarge || !reply->isOpen())
-            return;
-        const qint64 announced = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
-        if (announced > kMaxBodyBytes || body.size() + reply->bytesAvailable() > kMaxBodyBytes) {
-            tooLarge = true;
-            body.clear();
-            // Not from inside the signal that brought the data: the waiting coroutine resumes
-            // on `finished`, and should not run nested in the reply's own emission.
-            QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
-            return;
-        }
-        body += reply->readAll();
-    }
-};
 
 bool isTimeout(QNetworkReply::NetworkError error) {
     // Qt reports its own transfer timeout as a cancellation; we cancel nothing else.
@@ -92,7 +49,7 @@ RequestResult<QByteArray> statusResult(int status, QByteArray body) {
     return RequestError(APIError::http(status));
 }
 
-RequestResult<QByteArray> outcome(const QNetworkReply& reply, Download& download) {
+RequestResult<QByteArray> outcome(const QNetworkReply& reply, BoundedReply& download) {
     if (download.tooLarge)
         return RequestError(APIError::badResponse());
     const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
@@ -155,11 +112,6 @@ QCoro::Task<RequestResult<QByteArray>> VercelAPI::fetch(QString path, Query quer
     request.setRawHeader(QByteArrayLiteral("Authorization"),
                          QByteArrayLiteral("Bearer ") + token_.toUtf8());
 
-    ReplyPtr reply(sharedNetwork().get(request));
-    auto download = std::make_shared<Download>();
-    QObject::connect(reply.get(), &QIODevice::readyRead, reply.get(),
-                     [raw = reply.get(), download] { download->take(raw); });
-    co_await reply.get();
-    download->take(reply.get());
-    co_return outcome(*reply, *download);
+    BoundedReply download = co_await boundedGet(request, kMaxBodyBytes);
+    co_return outcome(*download.reply, download);
 }
