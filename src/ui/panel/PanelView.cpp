@@ -3,6 +3,7 @@
 #include "core/common/Language.h"
 #include "core/common/TimeTexts.h"
 #include "core/monitor/AppState.h"
+#include "ui/common/SymbolArt.h"
 #include "ui/panel/PrismHero.h"
 #include "ui/panel/ProjectRow.h"
 #include "ui/status/StatusPalette.h"
@@ -36,100 +37,9 @@ QString cssColor(const QColor& color) {
         .arg(color.alphaF());
 }
 
-QString themeName(const QString& symbol) {
-    if (symbol == QLatin1String("arrow.clockwise"))
-        return QStringLiteral("view-refresh");
-    if (symbol == QLatin1String("slider.horizontal.3"))
-        return QStringLiteral("preferences-system");
-    if (symbol == QLatin1String("power"))
-        return QStringLiteral("system-shutdown");
-    if (symbol == QLatin1String("exclamationmark.triangle"))
-        return QStringLiteral("dialog-warning");
-    if (symbol == QLatin1String("key.horizontal"))
-        return QStringLiteral("dialog-password");
-    return QStringLiteral("folder");
-}
-
-// A line drawing of the symbol, used when the icon theme has none.
-void drawSymbol(QPainter& p, const QString& symbol, const QRectF& r, const QColor& color) {
-    QPen pen(color, std::max(1.2, r.width() / 11), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    p.setPen(pen);
-    p.setBrush(Qt::NoBrush);
-    const QRectF in =
-        r.adjusted(r.width() * 0.15, r.height() * 0.15, -r.width() * 0.15, -r.height() * 0.15);
-    if (symbol == QLatin1String("arrow.clockwise")) {
-        p.drawArc(in, 100 * 16, -300 * 16);
-        const QPointF tip(in.center().x() + 0.1 * in.width(), in.top());
-        p.drawLine(tip, tip + QPointF(-in.width() * 0.25, -in.height() * 0.15));
-        p.drawLine(tip, tip + QPointF(-in.width() * 0.2, in.height() * 0.2));
-    } else if (symbol == QLatin1String("power")) {
-        p.drawArc(in, 120 * 16, 300 * 16);
-        p.drawLine(QPointF(in.center().x(), in.top() - 1), in.center());
-    } else if (symbol == QLatin1String("slider.horizontal.3")) {
-        for (int i = 0; i < 3; ++i) {
-            const double y = in.top() + in.height() * (0.15 + 0.35 * i);
-            p.drawLine(QPointF(in.left(), y), QPointF(in.right(), y));
-            const double x = in.left() + in.width() * (i == 1 ? 0.7 : 0.3);
-            p.setBrush(color);
-            p.drawEllipse(QPointF(x, y), in.width() * 0.1, in.width() * 0.1);
-            p.setBrush(Qt::NoBrush);
-        }
-    } else if (symbol == QLatin1String("exclamationmark.triangle")) {
-        QPainterPath path;
-        path.moveTo(in.center().x(), in.top());
-        path.lineTo(in.bottomRight());
-        path.lineTo(in.bottomLeft());
-        path.closeSubpath();
-        p.drawPath(path);
-        p.drawLine(QPointF(in.center().x(), in.top() + in.height() * 0.35),
-                   QPointF(in.center().x(), in.top() + in.height() * 0.65));
-        p.drawPoint(QPointF(in.center().x(), in.top() + in.height() * 0.82));
-    } else if (symbol == QLatin1String("key.horizontal")) {
-        const double radius = in.height() * 0.28;
-        const QPointF ring(in.left() + radius, in.center().y());
-        p.drawEllipse(ring, radius, radius);
-        p.drawLine(ring + QPointF(radius, 0), QPointF(in.right(), in.center().y()));
-        p.drawLine(QPointF(in.right() - in.width() * 0.15, in.center().y()),
-                   QPointF(in.right() - in.width() * 0.15, in.center().y() + radius));
-    } else { // square.stack.3d.up.slash
-        for (int i = 0; i < 3; ++i) {
-            const double y = in.top() + in.height() * (0.2 + 0.3 * i);
-            p.drawLine(QPointF(in.left(), y), QPointF(in.center().x(), y + in.height() * 0.12));
-            p.drawLine(QPointF(in.center().x(), y + in.height() * 0.12), QPointF(in.right(), y));
-        }
-        p.drawLine(in.topLeft(), in.bottomRight());
-    }
-}
-
-// The symbol in `color`: the theme's icon recoloured, or the drawing above.
+// The symbol in `color`: the theme's icon recoloured, or our drawing.
 QPixmap symbolPixmap(const QString& symbol, const QColor& color, int size, double angle = 0) {
-    const double dpr = qApp->devicePixelRatio();
-    QPixmap pixmap(QSize(size, size) * dpr);
-    pixmap.setDevicePixelRatio(dpr);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
-    p.setRenderHint(QPainter::Antialiasing);
-    if (angle != 0) {
-        p.translate(size / 2.0, size / 2.0);
-        p.rotate(angle);
-        p.translate(-size / 2.0, -size / 2.0);
-    }
-    const QIcon icon = QIcon::fromTheme(themeName(symbol));
-    if (!icon.isNull()) {
-        const QPixmap themed = icon.pixmap(QSize(size, size), dpr);
-        QPixmap tinted(themed.size());
-        tinted.setDevicePixelRatio(themed.devicePixelRatio());
-        tinted.fill(Qt::transparent);
-        QPainter t(&tinted);
-        t.drawPixmap(0, 0, themed);
-        t.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        t.fillRect(tinted.rect(), color);
-        t.end();
-        p.drawPixmap(QRectF(0, 0, size, size), tinted, QRectF(tinted.rect()));
-    } else {
-        drawSymbol(p, symbol, QRectF(0, 0, size, size), color);
-    }
-    return pixmap;
+    return SymbolArt::tinted(symbol, color, size, qApp->devicePixelRatio(), angle);
 }
 
 QFrame* rule(double opacity, int indent, QWidget* parent) {

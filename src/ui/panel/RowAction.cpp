@@ -1,11 +1,10 @@
 #include "ui/panel/RowAction.h"
+#include "ui/common/SymbolArt.h"
 #include "ui/status/LayoutFont.h"
 
 #include <QEnterEvent>
-#include <QIcon>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
@@ -21,28 +20,6 @@ constexpr double padY = 4;
 QColor withAlpha(QColor color, double alpha) {
     color.setAlphaF(static_cast<float>(alpha));
     return color;
-}
-
-// Drawn in a unit square; used where the icon theme has nothing.
-void drawOwnSymbol(QPainter& p, const QString& symbol, double s) {
-    QPen pen(p.pen().color(), std::max(1.0, s * 0.13), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    p.setPen(pen);
-    p.setBrush(Qt::NoBrush);
-    if (symbol == QLatin1StringView("checkmark")) {
-        QPainterPath path;
-        path.moveTo(0.12 * s, 0.55 * s);
-        path.lineTo(0.4 * s, 0.82 * s);
-        path.lineTo(0.9 * s, 0.18 * s);
-        p.drawPath(path);
-    } else if (symbol == QLatin1StringView("arrow.up.right")) {
-        p.drawLine(QPointF(0.15 * s, 0.85 * s), QPointF(0.85 * s, 0.15 * s));
-        p.drawLine(QPointF(0.35 * s, 0.15 * s), QPointF(0.85 * s, 0.15 * s));
-        p.drawLine(QPointF(0.85 * s, 0.15 * s), QPointF(0.85 * s, 0.65 * s));
-    } else { // doc.on.clipboard: two overlapping sheets
-        p.drawRoundedRect(QRectF(0.1 * s, 0.05 * s, 0.55 * s, 0.65 * s), 0.1 * s, 0.1 * s);
-        p.setBrush(p.pen().color());
-        p.drawRoundedRect(QRectF(0.35 * s, 0.3 * s, 0.55 * s, 0.65 * s), 0.1 * s, 0.1 * s);
-    }
 }
 
 } // namespace
@@ -119,38 +96,6 @@ QSize RowAction::sizeHint() const {
     return {static_cast<int>(std::ceil(width)), static_cast<int>(std::ceil(height))};
 }
 
-QString RowAction::themeIconName(const QString& symbol) {
-    if (symbol == QLatin1StringView("doc.on.clipboard"))
-        return QStringLiteral("edit-copy");
-    if (symbol == QLatin1StringView("checkmark"))
-        return QStringLiteral("object-select");
-    if (symbol == QLatin1StringView("arrow.up.right"))
-        return QStringLiteral("external-link");
-    return {};
-}
-
-QPixmap RowAction::symbolPixmap(const QString& symbol, const QColor& color, double size,
-                                double devicePixelRatio) {
-    const int pixels = static_cast<int>(std::ceil(size * devicePixelRatio));
-    QPixmap pixmap(pixels, pixels);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
-    p.setRenderHint(QPainter::Antialiasing);
-    const QIcon icon = QIcon::fromTheme(themeIconName(symbol));
-    if (!icon.isNull()) {
-        // Theme icons come in their own colours; keep only their shape, in the tint.
-        p.drawPixmap(0, 0, icon.pixmap(QSize(pixels, pixels)));
-        p.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        p.fillRect(pixmap.rect(), color);
-    } else {
-        p.setPen(color);
-        drawOwnSymbol(p, symbol, pixels);
-    }
-    p.end();
-    pixmap.setDevicePixelRatio(devicePixelRatio);
-    return pixmap;
-}
-
 void RowAction::paintEvent(QPaintEvent*) {
     QPainter p(this);
     p.setRenderHint(QPainter::Antialiasing);
@@ -163,8 +108,9 @@ void RowAction::paintEvent(QPaintEvent*) {
 
     const QColor content = contentColor();
     const double top = (height() - symbolSize) / 2;
-    p.drawPixmap(QPointF(padX, top),
-                 symbolPixmap(symbol_, content, symbolSize, devicePixelRatioF()));
+    p.drawPixmap(
+        QPointF(padX, top),
+        SymbolArt::tinted(symbol_, content, static_cast<int>(symbolSize), devicePixelRatioF()));
     p.setFont(titleFont());
     p.setPen(content);
     const QRectF text(padX + symbolSize + spacing, 0, width() - padX * 2 - symbolSize - spacing,

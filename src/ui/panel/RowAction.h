@@ -40,12 +40,6 @@ public:
 
     QSize sizeHint() const override;
 
-    // The theme icon for a symbol name, if the theme has one.
-    static QString themeIconName(const QString& symbol);
-    // The symbol tinted in `color`: the theme's icon recoloured, or one drawn here.
-    static QPixmap symbolPixmap(const QString& symbol, const QColor& color, double size,
-                                double devicePixelRatio);
-
 protected:
     void paintEvent(QPaintEvent* event) override;
     void enterEvent(QEnterEvent* event) override;

@@ -2,7 +2,7 @@
 
 #include "core/common/Language.h"
 #include "core/monitor/AppState.h"
-#include "ui/settings/SettingsSymbol.h"
+#include "ui/common/SymbolArt.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -22,8 +22,8 @@ ProjectPicker::ProjectPicker(AppState& state, QWidget* parent)
     none_ = new QPushButton(Language::text("None", "Aucun"), this);
     reload_ = new QToolButton(this);
     reload_->setAutoRaise(true);
-    reload_->setIcon(SettingsSymbol::icon(QStringLiteral("arrow.clockwise"),
-                                          palette().color(QPalette::WindowText)));
+    reload_->setIcon(
+        SymbolArt::icon(QStringLiteral("arrow.clockwise"), palette().color(QPalette::WindowText)));
     reload_->setToolTip(Language::text("Reload list", "Recharger la liste"));
     reload_->setAccessibleName(reload_->toolTip());
     for (QWidget* control : {static_cast<QWidget*>(all_), static_cast<QWidget*>(none_),

@@ -3,9 +3,9 @@
 #include "core/common/Language.h"
 #include "core/monitor/AppState.h"
 #include "core/update/UpdateService.h"
+#include "ui/common/SymbolArt.h"
 #include "ui/settings/AboutSettings.h"
 #include "ui/settings/GeneralSettings.h"
-#include "ui/settings/SettingsSymbol.h"
 #include "ui/settings/VercelSettings.h"
 #include "ui/status/ColorPreview.h"
 #include "ui/status/StatusPalette.h"
@@ -47,12 +47,11 @@ void SettingsView::build() {
     vercel_ = new VercelSettings(state_, palette_);
     general_ = new GeneralSettings(state_, palette_, preview_, updater_);
     about_ = new AboutSettings(palette_);
-    addTab(scrolling(vercel_), SettingsSymbol::icon(QStringLiteral("triangle"), symbolColor),
+    addTab(scrolling(vercel_), SymbolArt::icon(QStringLiteral("triangle"), symbolColor),
            QStringLiteral("Vercel"));
-    addTab(scrolling(general_),
-           SettingsSymbol::icon(QStringLiteral("slider.horizontal.3"), symbolColor),
+    addTab(scrolling(general_), SymbolArt::icon(QStringLiteral("slider.horizontal.3"), symbolColor),
            Language::text("General", "Général"));
-    addTab(scrolling(about_), SettingsSymbol::icon(QStringLiteral("info.circle"), symbolColor),
+    addTab(scrolling(about_), SymbolArt::icon(QStringLiteral("info.circle"), symbolColor),
            Language::text("About", "À propos"));
     // A page laid out anew (a section shown or hidden) may want another height.
     for (int i = 0; i < count(); ++i)

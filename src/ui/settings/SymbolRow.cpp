@@ -1,7 +1,7 @@
 #include "ui/settings/SymbolRow.h"
 
+#include "ui/common/SymbolArt.h"
 #include "ui/settings/FormSection.h"
-#include "ui/settings/SettingsSymbol.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -59,6 +59,5 @@ QString SymbolRow::text() const {
 void SymbolRow::drawSymbol() {
     if (symbol_.isEmpty())
         return;
-    icon_->setPixmap(
-        SettingsSymbol::drawn(symbol_, color_, symbolPixels_, devicePixelRatioF(), angle_));
+    icon_->setPixmap(SymbolArt::drawn(symbol_, color_, symbolPixels_, devicePixelRatioF(), angle_));
 }

@@ -3,9 +3,9 @@
 #include "core/common/Language.h"
 #include "core/keychain/KeychainMode.h"
 #include "core/monitor/AppState.h"
+#include "ui/common/SymbolArt.h"
 #include "ui/settings/FormSection.h"
 #include "ui/settings/ProjectPicker.h"
-#include "ui/settings/SettingsSymbol.h"
 #include "ui/settings/SymbolRow.h"
 #include "ui/status/StatusPalette.h"
 
@@ -76,7 +76,7 @@ VercelSettings::VercelSettings(AppState& state, StatusPalette& palette, QWidget*
     auto* removal = new FormSection;
     remove_ = new QPushButton(
         Language::text("Remove token from this computer", "Supprimer le jeton de cet ordinateur"));
-    remove_->setIcon(SettingsSymbol::icon(QStringLiteral("trash"), destructiveRed));
+    remove_->setIcon(SymbolArt::icon(QStringLiteral("trash"), destructiveRed));
     QPalette red = remove_->palette();
     red.setColor(QPalette::ButtonText, destructiveRed);
     remove_->setPalette(red);
@@ -140,9 +140,8 @@ QWidget* VercelSettings::buildTokenRow() {
 void VercelSettings::setReveal(bool reveal) {
     revealing_ = reveal;
     field_->setEchoMode(reveal ? QLineEdit::Normal : QLineEdit::Password);
-    reveal_->setIcon(
-        SettingsSymbol::icon(reveal ? QStringLiteral("eye.slash") : QStringLiteral("eye"),
-                             palette().color(QPalette::WindowText)));
+    reveal_->setIcon(SymbolArt::icon(reveal ? QStringLiteral("eye.slash") : QStringLiteral("eye"),
+                                     palette().color(QPalette::WindowText)));
 }
 
 void VercelSettings::updateSubmit() {

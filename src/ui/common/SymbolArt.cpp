@@ -1,4 +1,4 @@
-#include "ui/settings/SettingsSymbol.h"
+#include "ui/common/SymbolArt.h"
 
 #include <QHash>
 #include <QPainter>
@@ -127,6 +127,43 @@ void drawTrash(QPainter& p, const QRectF& in) {
     p.drawPath(can);
 }
 
+void drawPower(QPainter& p, const QRectF& in) {
+    p.drawArc(in, 120 * 16, 300 * 16);
+    p.drawLine(QPointF(in.center().x(), in.top() - 1), in.center());
+}
+
+void drawStackSlashed(QPainter& p, const QRectF& in) {
+    for (int i = 0; i < 3; ++i) {
+        const double y = in.top() + in.height() * (0.2 + 0.3 * i);
+        p.drawLine(QPointF(in.left(), y), QPointF(in.center().x(), y + in.height() * 0.12));
+        p.drawLine(QPointF(in.center().x(), y + in.height() * 0.12), QPointF(in.right(), y));
+    }
+    p.drawLine(in.topLeft(), in.bottomRight());
+}
+
+void drawCheckmark(QPainter& p, const QRectF& in) {
+    QPainterPath path;
+    path.moveTo(in.left() + 0.02 * in.width(), in.top() + 0.56 * in.height());
+    path.lineTo(in.left() + 0.37 * in.width(), in.top() + 0.9 * in.height());
+    path.lineTo(in.right(), in.top() + 0.1 * in.height());
+    p.drawPath(path);
+}
+
+void drawArrowUpRight(QPainter& p, const QRectF& in) {
+    p.drawLine(in.bottomLeft(), in.topRight());
+    p.drawLine(QPointF(in.left() + 0.3 * in.width(), in.top()), in.topRight());
+    p.drawLine(in.topRight(), QPointF(in.right(), in.top() + 0.7 * in.height()));
+}
+
+// Two overlapping sheets.
+void drawClipboard(QPainter& p, const QRectF& in, const QColor& color) {
+    const double w = in.width() * 0.65, h = in.height() * 0.75, r = in.width() * 0.1;
+    p.drawRoundedRect(QRectF(in.topLeft(), QSizeF(w, h)), r, r);
+    p.setBrush(color);
+    p.drawRoundedRect(QRectF(in.right() - w, in.bottom() - h, w, h), r, r);
+    p.setBrush(Qt::NoBrush);
+}
+
 void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QColor& color) {
     const QRectF in = box.adjusted(box.width() * 0.1, box.height() * 0.1, -box.width() * 0.1,
                                    -box.height() * 0.1);
@@ -149,7 +186,7 @@ void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QCo
         drawTriangleMark(p, in, color, false);
     } else if (symbol == QLatin1String("infinity")) {
         drawInfinity(p, in);
-    } else if (symbol == QLatin1String("key")) {
+    } else if (symbol == QLatin1String("key") || symbol == QLatin1String("key.horizontal")) {
         drawKey(p, in);
     } else if (symbol == QLatin1String("lock.fill")) {
         drawLock(p, in, color);
@@ -164,6 +201,16 @@ void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QCo
         drawInfo(p, in);
     } else if (symbol == QLatin1String("trash")) {
         drawTrash(p, in);
+    } else if (symbol == QLatin1String("checkmark")) {
+        drawCheckmark(p, in);
+    } else if (symbol == QLatin1String("arrow.up.right")) {
+        drawArrowUpRight(p, in);
+    } else if (symbol == QLatin1String("doc.on.clipboard")) {
+        drawClipboard(p, in, color);
+    } else if (symbol == QLatin1String("power")) {
+        drawPower(p, in);
+    } else if (symbol == QLatin1String("square.stack.3d.up.slash")) {
+        drawStackSlashed(p, in);
     } else { // triangle: the Vercel tab
         QPainterPath path;
         path.moveTo(in.center().x(), in.top() + in.height() * 0.08);
@@ -176,7 +223,7 @@ void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QCo
 
 } // namespace
 
-namespace SettingsSymbol {
+namespace SymbolArt {
 
 QString themeName(const QString& symbol) {
     static const QHash<QString, QString> names{
@@ -186,6 +233,13 @@ QString themeName(const QString& symbol) {
         {QStringLiteral("slider.horizontal.3"), QStringLiteral("preferences-system")},
         {QStringLiteral("info.circle"), QStringLiteral("help-about")},
         {QStringLiteral("trash"), QStringLiteral("edit-delete")},
+        {QStringLiteral("power"), QStringLiteral("system-shutdown")},
+        {QStringLiteral("doc.on.clipboard"), QStringLiteral("edit-copy")},
+        {QStringLiteral("checkmark"), QStringLiteral("object-select")},
+        {QStringLiteral("arrow.up.right"), QStringLiteral("external-link")},
+        {QStringLiteral("exclamationmark.triangle"), QStringLiteral("dialog-warning")},
+        {QStringLiteral("key.horizontal"), QStringLiteral("dialog-password")},
+        {QStringLiteral("square.stack.3d.up.slash"), QStringLiteral("folder")},
     };
     return names.value(symbol);
 }
@@ -206,6 +260,31 @@ QPixmap drawn(const QString& symbol, const QColor& color, int size, double devic
     return pixmap;
 }
 
+QPixmap tinted(const QString& symbol, const QColor& color, int size, double devicePixelRatio,
+               double angle) {
+    const QIcon themed = QIcon::fromTheme(themeName(symbol));
+    if (themed.isNull())
+        return drawn(symbol, color, size, devicePixelRatio, angle);
+    // The theme's shape in our colour, so the symbols follow the palette like the drawings do.
+    QPixmap shape = themed.pixmap(QSize(size, size), devicePixelRatio);
+    QPainter t(&shape);
+    t.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    t.fillRect(shape.rect(), color);
+    t.end();
+    QPixmap pixmap(QSize(size, size) * devicePixelRatio);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::SmoothPixmapTransform);
+    if (angle != 0) {
+        p.translate(size / 2.0, size / 2.0);
+        p.rotate(angle);
+        p.translate(-size / 2.0, -size / 2.0);
+    }
+    p.drawPixmap(QRectF(0, 0, size, size), shape, QRectF(shape.rect()));
+    return pixmap;
+}
+
 QIcon icon(const QString& symbol, const QColor& color) {
     const QString name = themeName(symbol);
     if (!name.isEmpty() && QIcon::hasThemeIcon(name))
@@ -216,4 +295,4 @@ QIcon icon(const QString& symbol, const QColor& color) {
     return made;
 }
 
-} // namespace SettingsSymbol
+} // namespace SymbolArt
