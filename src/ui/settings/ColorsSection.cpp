@@ -44,7 +44,7 @@ ColorWell* ColorsSection::addWell(const QString& label,
                                   void (StatusPalette::*setter)(const QColor&)) {
     auto* well = new ColorWell(label);
     connect(well, &ColorWell::colorPicked, this,
-            [this, setter](const QColor& color) { (palette_.*setter)(color); });
+            [palette = &palette_, setter](const QColor& color) { (palette->*setter)(color); });
     addLabeledRow(label, well);
     return well;
 }

@@ -131,7 +131,8 @@ QCheckBox* GeneralSettings::addToggleSection(const QString& header, const QStrin
     section->addRow(box);
     section->setFooter(footer);
     layout()->addWidget(section);
-    connect(box, &QCheckBox::clicked, this, [this, setter](bool on) { (state_.*setter)(on); });
+    connect(box, &QCheckBox::clicked, this,
+            [state = &state_, setter](bool on) { (state->*setter)(on); });
     return box;
 }
 
