@@ -19,7 +19,7 @@ QCoro::Task<> ManualClock::sleep(std::chrono::milliseconds duration,
     requested_.append(duration);
     if (cancellation && cancellation->isCancelled())
         co_return;
-    Sleeper sleeper{now_.addMSecs(duration.count()), {}};
+    Sleeper sleeper{now_.addMSecs(duration.count()), {}, cancellation};
     QMetaObject::Connection wakeOnCancel;
     if (cancellation) {
         // Like a real timer, a cancelled sleeper wakes from the event loop, not inside cancel().
@@ -29,6 +29,14 @@ QCoro::Task<> ManualClock::sleep(std::chrono::milliseconds duration,
     }
     co_await Awaiter{this, &sleeper};
     QObject::disconnect(wakeOnCancel);
+}
+
+ManualClock::~ManualClock() {
+    const QList<Sleeper*> pending = sleepers_;
+    for (Sleeper* sleeper : pending) {
+        if (sleeper->cancellation && sleeper->cancellation->isCancelled())
+            wake(sleeper);
+    }
 }
 
 void ManualClock::wake(Sleeper* sleeper) {
