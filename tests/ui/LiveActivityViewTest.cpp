@@ -3,8 +3,10 @@
 #include "support/ManualClock.h"
 #include "support/QtPrinters.h"
 #include "support/TempPreferences.h"
+#include "support/WaitUntil.h"
 #include "ui/panel/ProgressLine.h"
 #include "ui/status/BeakedCapsule.h"
+#include "ui/status/CrossFade.h"
 #include "ui/status/LiveActivityController.h"
 #include "ui/status/LiveActivityRow.h"
 #include "ui/status/LiveActivityRowTexts.h"
@@ -139,4 +141,21 @@ TEST_F(LiveActivityViewTest, TheClockTicksOnlyOnScreenAndATapReachesTheControlle
     QTest::mouseClick(row, Qt::LeftButton);
     EXPECT_EQ(opened.size(), 1);
     EXPECT_FALSE(controller.isVisible());
+}
+
+TEST_F(LiveActivityViewTest, AStatusChangeFadesTheOldRowsOutAndATimeChangeDoesNot) {
+    controller.update({snap("web", "BUILDING", 120, msAgo(start, 30))}, true);
+    ASSERT_TRUE(view().isVisible());
+    EXPECT_FALSE(view().crossFade()->isRunning()); // nothing to fade from on the first show
+
+    // Same statuses, a later time: no transition.
+    controller.update({snap("web", "BUILDING", 120, msAgo(start, 40))}, true);
+    EXPECT_FALSE(view().crossFade()->isRunning());
+
+    controller.update({snap("web", "READY", 120, msAgo(start, 40), msAgo(start, 1))}, true);
+    ASSERT_TRUE(view().crossFade()->isRunning());
+    EXPECT_GT(view().crossFade()->strength(), 0.9);
+    EXPECT_TRUE(view().crossFade()->isVisible());
+    EXPECT_TRUE(waitUntil([&] { return !view().crossFade()->isRunning(); }, 2000));
+    EXPECT_FALSE(view().crossFade()->isVisible());
 }

@@ -3,6 +3,7 @@
 #include "core/common/Language.h"
 #include "core/monitor/Clock.h"
 #include "ui/status/BeakedCapsule.h"
+#include "ui/status/CrossFade.h"
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityRow.h"
@@ -15,20 +16,40 @@ namespace G = LiveActivityGeometry;
 
 LiveActivityView::LiveActivityView(const LiveActivityModel& model, const StatusPalette& palette,
                                    TapAction onTap, const Clock* clock, QWidget* parent)
-    : QWidget(parent), model_(model), palette_(palette), onTap_(std::move(onTap)), clock_(clock) {
+    : QWidget(parent), model_(model), palette_(palette), onTap_(std::move(onTap)), clock_(clock),
+      fade_(new CrossFade(this)) {
     setAttribute(Qt::WA_TranslucentBackground);
     resize(sizeFor(1));
     ticker_.setInterval(tickMs);
     connect(&ticker_, &QTimer::timeout, this, &LiveActivityView::tick);
     connect(&model_, &LiveActivityModel::changed, this, [this] {
+        fadeIfStatusesChange();
         syncRows();
         update(); // the beak may have moved
     });
     connect(&palette_, &StatusPalette::changed, this, qOverload<>(&QWidget::update));
     syncRows();
+    statuses_ = rowStatuses();
 }
 
 LiveActivityView::~LiveActivityView() = default;
+
+QList<DeployStatus> LiveActivityView::rowStatuses() const {
+    QList<DeployStatus> statuses;
+    for (const ProjectSnapshot& row : model_.rows())
+        statuses.append(row.status());
+    return statuses;
+}
+
+void LiveActivityView::fadeIfStatusesChange() {
+    QList<DeployStatus> statuses = rowStatuses();
+    if (statuses == statuses_)
+        return;
+    statuses_ = std::move(statuses);
+    // Only what is on screen needs a transition; a hidden view just takes the new rows.
+    if (isVisible())
+        fade_->start(grab());
+}
 
 QSize LiveActivityView::sizeFor(int rows) {
     return {qRound(G::panelWidth), qRound(G::panelHeight(rows))};

@@ -9,6 +9,7 @@
 #include <functional>
 
 class Clock;
+class CrossFade;
 class LiveActivityModel;
 class LiveActivityRow;
 class StatusPalette;
@@ -43,6 +44,7 @@ public:
 
     QList<LiveActivityRow*> rows() const { return rows_; }
     bool isTicking() const { return ticker_.isActive(); }
+    const CrossFade* crossFade() const { return fade_; }
     QDateTime rowClock() const;
 
 Q_SIGNALS:
@@ -57,6 +59,8 @@ protected:
 
 private:
     void syncRows();
+    QList<DeployStatus> rowStatuses() const;
+    void fadeIfStatusesChange();
     void placeRows();
     void tick();
     QRectF contentRect() const;
@@ -69,6 +73,8 @@ private:
     TapAction onTap_;
     const Clock* clock_;
     QList<LiveActivityRow*> rows_;
+    CrossFade* fade_;
+    QList<DeployStatus> statuses_; // of the rows on screen, in row order
     QTimer ticker_;
     QImage shadow_;
     QString shadowKey_;
