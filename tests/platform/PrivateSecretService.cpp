@@ -1,22 +1,13 @@
 #include "platform/PrivateSecretService.h"
 #include "support/PrivateBusConfig.h"
 
-#include "support/WaitUntil.h"
-
-#include <QDBusConnectionInterface>
-#include <QDBusInterface>
-#include <QDBusMetaType>
-#include <QDBusObjectPath>
-#include <QDBusReply>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QUuid>
 
 namespace {
 
-const QString kSecrets = QStringLiteral("org.freedesktop.secrets");
-const QString kServicePath = QStringLiteral("/org/freedesktop/secrets");
-const QString kCollectionPrefix = QStringLiteral("/org/freedesktop/secrets/collection/");
 constexpr int kStartTimeoutMs = 10000;
 
 } // namespace
@@ -24,7 +15,7 @@ constexpr int kStartTimeoutMs = 10000;
 PrivateSecretService::~PrivateSecretService() {
     if (!connectionName_.isEmpty())
         QDBusConnection::disconnectFromBus(connectionName_);
-    stop(keyring_);
+    keyring_.stop();
     stop(bus_);
 }
 
@@ -42,7 +33,9 @@ std::optional<QString> PrivateSecretService::start(Keyring keyring) {
         return QStringLiteral("cannot connect to the private bus");
     if (keyring == Keyring::none)
         return std::nullopt;
-    return startKeyring(keyring);
+    return keyring_.start(keyring == Keyring::unlockedLogin ? KeyringDaemon::Login::unlocked
+                                                            : KeyringDaemon::Login::absent,
+                          environment(), connection());
 }
 
 QProcessEnvironment PrivateSecretService::environment() const {
@@ -80,67 +73,6 @@ std::optional<QString> PrivateSecretService::startBus() {
     if (address_.isEmpty())
         return QStringLiteral("dbus-daemon printed no address");
     return std::nullopt;
-}
-
-std::optional<QString> PrivateSecretService::startKeyring(Keyring keyring) {
-    keyring_.setProcessEnvironment(environment());
-    QStringList arguments = {QStringLiteral("--foreground"),
-                             QStringLiteral("--components=secrets")};
-    if (keyring == Keyring::unlockedLogin)
-        arguments << QStringLiteral("--unlock");
-    keyring_.start(QStringLiteral("gnome-keyring-daemon"), arguments);
-    if (!keyring_.waitForStarted(kStartTimeoutMs))
-        return QStringLiteral("gnome-keyring-daemon did not start: ") + keyring_.errorString();
-    if (keyring == Keyring::unlockedLogin)
-        keyring_.write("quillon-throwaway-password"); // creates and unlocks the login keyring
-    keyring_.closeWriteChannel();
-    if (!waitUntil([&] { return keyringReady(keyring); }, kStartTimeoutMs))
-        return QStringLiteral("gnome-keyring-daemon never served the Secret Service: ") +
-               QString::fromUtf8(keyring_.readAllStandardError());
-    return std::nullopt;
-}
-
-bool PrivateSecretService::keyringReady(Keyring keyring) {
-    if (!connection().interface()->isServiceRegistered(kSecrets))
-        return false;
-    if (keyring != Keyring::unlockedLogin)
-        return true;
-    QDBusInterface service(kSecrets, kServicePath, QStringLiteral("org.freedesktop.Secret.Service"),
-                           connection());
-    const QDBusReply<QDBusObjectPath> alias =
-        service.call(QStringLiteral("ReadAlias"), QStringLiteral("default"));
-    return alias.isValid() && alias.value().path() == kCollectionPrefix + QStringLiteral("login");
-}
-
-bool PrivateSecretService::lockLoginKeyring() {
-    QDBusInterface service(kSecrets, kServicePath, QStringLiteral("org.freedesktop.Secret.Service"),
-                           connection());
-    const QList<QDBusObjectPath> objects = {
-        QDBusObjectPath(kCollectionPrefix + QStringLiteral("login"))};
-    const QDBusMessage reply = service.call(QStringLiteral("Lock"), QVariant::fromValue(objects));
-    return reply.type() == QDBusMessage::ReplyMessage;
-}
-
-QStringList PrivateSecretService::itemsIn(const QString& collection, const QString& copy) {
-    qDBusRegisterMetaType<QMap<QString, QString>>();
-    QDBusInterface target(kSecrets, kCollectionPrefix + collection,
-                          QStringLiteral("org.freedesktop.Secret.Collection"), connection());
-    const QMap<QString, QString> attributes = {
-        {QStringLiteral("service"), QStringLiteral("com.fernhollow.quillon")},
-        {QStringLiteral("account"), QStringLiteral("vercel-token")},
-        {QStringLiteral("copy"), copy}};
-    const QDBusReply<QList<QDBusObjectPath>> found =
-        target.call(QStringLiteral("SearchItems"), QVariant::fromValue(attributes));
-    QStringList paths;
-    for (const QDBusObjectPath& path : found.value())
-        paths << path.path();
-    return paths;
-}
-
-QString PrivateSecretService::labelOf(const QString& itemPath) {
-    QDBusInterface item(kSecrets, itemPath, QStringLiteral("org.freedesktop.Secret.Item"),
-                        connection());
-    return item.property("Label").toString();
 }
 
 void PrivateSecretService::stop(QProcess& process) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/desktop/KeyringDaemon.h"
+
 #include <QDBusConnection>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -31,24 +33,23 @@ public:
     // For child processes: the private bus and home, no display, English messages.
     QProcessEnvironment environment() const;
 
-    // Locks the login keyring through the Secret Service API (no prompt involved).
-    bool lockLoginKeyring();
-    // The items of `collection` ("login", "session") whose copy attribute is `copy`.
-    QStringList itemsIn(const QString& collection, const QString& copy);
-    QString labelOf(const QString& itemPath);
+    // See KeyringDaemon.
+    bool lockLoginKeyring() { return keyring_.lockLoginKeyring(); }
+    QStringList itemsIn(const QString& collection, const QString& copy) {
+        return keyring_.itemsIn(collection, copy);
+    }
+    QString labelOf(const QString& itemPath) { return keyring_.labelOf(itemPath); }
 
     // A connection of the test's own to the private bus.
     QDBusConnection connection() const { return QDBusConnection(connectionName_); }
 
 private:
     std::optional<QString> startBus();
-    std::optional<QString> startKeyring(Keyring keyring);
-    bool keyringReady(Keyring keyring);
     static void stop(QProcess& process);
 
     QTemporaryDir home_;
     QString address_;
     QString connectionName_;
     QProcess bus_;
-    QProcess keyring_;
+    KeyringDaemon keyring_;
 };

@@ -3,8 +3,10 @@
 #include "core/common/Language.h"
 #include "core/monitor/AppState.h"
 #include "ui/settings/SettingsView.h"
+#include "ui/settings/VercelSettings.h"
 
 #include <QCloseEvent>
+#include <QLineEdit>
 #include <QVBoxLayout>
 
 SettingsWindow::SettingsWindow(AppState& state, StatusPalette& palette, ColorPreview* preview,
@@ -23,6 +25,9 @@ SettingsWindow::SettingsWindow(AppState& state, StatusPalette& palette, ColorPre
 
 void SettingsWindow::present() {
     view_->setTab(SettingsView::Tab::vercel);
+    // A window that opens starts in the token field, so a copied token is pasted at once.
+    if (!isVisible())
+        view_->vercel()->tokenField()->setFocus(Qt::ActiveWindowFocusReason);
     show();
     raise();
     activateWindow();

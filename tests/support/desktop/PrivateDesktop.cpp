@@ -45,6 +45,7 @@ PrivateDesktop::~PrivateDesktop() {
         QDBusConnection::disconnectFromBus(connectionName_);
     resumeDunst(); // a stopped process would not act on the termination signal
     stop(dunst_);
+    keyring_.stop();
     stop(bus_);
     stop(xvfb_);
 }
@@ -98,6 +99,10 @@ std::optional<QString> PrivateDesktop::startDunstWith(const QByteArray& globalSe
         return QStringLiteral("dunst never served notifications: ") +
                QString::fromUtf8(dunst_.readAllStandardError());
     return std::nullopt;
+}
+
+std::optional<QString> PrivateDesktop::startKeyring() {
+    return keyring_.start(KeyringDaemon::Login::unlocked, environment(), connection());
 }
 
 bool PrivateDesktop::dunstServes() const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/desktop/KeyringDaemon.h"
+
 #include <QDBusConnection>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -8,8 +10,9 @@
 #include <optional>
 
 // A desktop of the test's own: an X display (Xvfb on a free display number), a session bus that
-// activates nothing, and a real notification server (dunst) on both, so tests never touch the
-// user's session. Each part starts on request; the destructor stops and reaps all of them.
+// activates nothing, a real notification server (dunst) on both and, when asked, a keyring
+// (gnome-keyring) on the bus, so tests never touch the user's session. Each part starts on
+// request; the destructor stops and reaps all of them.
 class PrivateDesktop {
 public:
     PrivateDesktop();
@@ -24,6 +27,9 @@ public:
     // [global] section (for example its dmenu command).
     std::optional<QString> startDunstWith(const QByteArray& globalSettings);
     std::optional<QString> startDunst() { return startDunstWith({}); }
+    // On the bus, which must run already: the Secret Service with an unlocked login keyring.
+    std::optional<QString> startKeyring();
+    KeyringDaemon& keyring() { return keyring_; }
 
     // Freezes dunst (SIGSTOP): it keeps its bus name but answers nothing until resumed.
     void pauseDunst();
@@ -50,4 +56,5 @@ private:
     QProcess xvfb_;
     QProcess bus_;
     QProcess dunst_;
+    KeyringDaemon keyring_;
 };
