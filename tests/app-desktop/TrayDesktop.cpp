@@ -1,4 +1,5 @@
 #include "app-desktop/TrayDesktop.h"
+#include "support/StopProcess.h"
 
 #include "app-desktop/XWindow.h"
 #include "support/WaitUntil.h"
@@ -8,21 +9,11 @@ namespace {
 constexpr int kToolTimeoutMs = 10000;
 constexpr int kStartTimeoutMs = 20000;
 
-void stop(QProcess& process) {
-    if (process.state() == QProcess::NotRunning)
-        return;
-    process.terminate();
-    if (!process.waitForFinished(5000)) {
-        process.kill();
-        process.waitForFinished(5000);
-    }
-}
-
 } // namespace
 
 TrayDesktop::~TrayDesktop() {
-    stop(app_);
-    stop(trayer_);
+    stopProcess(app_);
+    stopProcess(trayer_);
 }
 
 std::optional<QString> TrayDesktop::start() {

@@ -1,5 +1,6 @@
 #include "platform/PrivateSecretService.h"
 #include "support/PrivateBusConfig.h"
+#include "support/StopProcess.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -76,11 +77,5 @@ std::optional<QString> PrivateSecretService::startBus() {
 }
 
 void PrivateSecretService::stop(QProcess& process) {
-    if (process.state() == QProcess::NotRunning)
-        return;
-    process.terminate();
-    if (!process.waitForFinished(5000)) {
-        process.kill();
-        process.waitForFinished(5000);
-    }
+    stopProcess(process);
 }

@@ -1,4 +1,5 @@
 #include "support/desktop/KeyringDaemon.h"
+#include "support/StopProcess.h"
 
 #include "support/WaitUntil.h"
 
@@ -44,13 +45,7 @@ std::optional<QString> KeyringDaemon::start(Login login, const QProcessEnvironme
 }
 
 void KeyringDaemon::stop() {
-    if (daemon_.state() == QProcess::NotRunning)
-        return;
-    daemon_.terminate();
-    if (!daemon_.waitForFinished(5000)) {
-        daemon_.kill();
-        daemon_.waitForFinished(5000);
-    }
+    stopProcess(daemon_);
 }
 
 bool KeyringDaemon::ready(Login login) {

@@ -1,5 +1,6 @@
 #include "support/desktop/PrivateDesktop.h"
 #include "support/PrivateBusConfig.h"
+#include "support/StopProcess.h"
 
 #include "support/WaitUntil.h"
 
@@ -147,11 +148,5 @@ bool PrivateDesktop::xdotool(const QStringList& arguments) const {
 }
 
 void PrivateDesktop::stop(QProcess& process) {
-    if (process.state() == QProcess::NotRunning)
-        return;
-    process.terminate();
-    if (!process.waitForFinished(5000)) {
-        process.kill();
-        process.waitForFinished(5000);
-    }
+    stopProcess(process);
 }
