@@ -4,11 +4,13 @@
 #include "app/QuillonApp.h"
 #include "app/QuitOnSignals.h"
 #include "app/ScreenCapture.h"
+#include "core/common/Language.h"
 #include "core/vercel/VercelAPI.h"
 #include "platform/SingleInstance.h"
 
 #include <QApplication>
 #include <QSystemTrayIcon>
+#include <QTimer>
 #include <csignal>
 #include <cstdio>
 
@@ -26,6 +28,28 @@ void preferX11OnWayland() {
     if (qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "xcb");
+}
+
+// Without a tray nothing of Quillon could be reached. A panel that starts with the session may
+// come a moment after us, so the verdict waits a little; then Settings opens, and starting
+// quillon again brings it back. Quillon keeps running: notifications and the Live Activity still
+// work, and Qt embeds the icon if a tray appears later.
+void watchForMissingTray(QuillonApp& quillon) {
+    constexpr std::chrono::seconds grace(3);
+    QTimer::singleShot(grace, &quillon, [&quillon] {
+        if (QSystemTrayIcon::isSystemTrayAvailable())
+            return;
+        printTo(stderr, QStringLiteral("quillon: %1\n")
+                            .arg(Language::text(
+                                "no system tray found. Quillon keeps running: failures still "
+                                "arrive as notifications, and its Settings window is open. Run "
+                                "quillon again to bring Settings back.",
+                                "aucune zone de notification trouvée. Quillon continue de "
+                                "fonctionner : les échecs arrivent toujours en notifications, et "
+                                "sa fenêtre de réglages est ouverte. Relancez quillon pour "
+                                "rouvrir les réglages.")));
+        quillon.showSettings();
+    });
 }
 
 std::optional<int> demoScene() {
@@ -86,14 +110,12 @@ int main(int argc, char** argv) {
         break;
     }
 
-    if (!QSystemTrayIcon::isSystemTrayAvailable())
-        printTo(stderr, QStringLiteral("quillon: no system tray found; the Live Activity and "
-                                       "notifications still work\n"));
     QuillonApp quillon(*apiBase, QApplication::applicationFilePath());
     QObject::connect(&instance, &SingleInstance::showSettingsRequested, &quillon,
                      &QuillonApp::showSettings);
     instance.setStatusSource([&quillon] { return quillon.statusJson(); });
     quillon.start(qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1"), demoScene());
+    watchForMissingTray(quillon);
     if (options.screenshot)
         ScreenCapture::saveAfter(*options.screenshot, options.screenshotDelay);
     return app.exec();

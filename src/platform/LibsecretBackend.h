@@ -34,6 +34,7 @@ public:
     int deleteItems(KeychainMode copy) override;
     Match copyMatching(KeychainMode copy) override;
     std::optional<QString> errorMessage(int status) const override;
+    bool isNoItem(int status) const override { return status == notFound; }
 
 private:
     int fail(const SecretFailure& failure);

@@ -5,6 +5,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <optional>
+#include <sys/socket.h>
 
 using Request = LoopbackHttpServer::Request;
 using Response = LoopbackHttpServer::Response;
@@ -129,6 +130,15 @@ Parse takeRequest(QByteArray& buffer, Request& request) {
     return Parse::complete;
 }
 
+// Closes with a TCP reset: a zero linger time makes the close abortive.
+void reset(QTcpSocket& socket) {
+    socket.flush();
+    const linger abortive{1, 0};
+    setsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &abortive,
+               sizeof abortive);
+    socket.abort();
+}
+
 bool wantsClose(const Request& request) {
     for (const QByteArray& value : request.headerValues("connection")) {
         if (value.compare("close", Qt::CaseInsensitive) == 0)
@@ -197,6 +207,12 @@ Response Response::redirect(QByteArray location, int status) {
 Response Response::cutMidBody(QByteArray body) {
     Response response = json(std::move(body));
     response.delivery = Delivery::cutMidBody;
+    return response;
+}
+
+Response Response::resetMidBody(QByteArray body) {
+    Response response = json(std::move(body));
+    response.delivery = Delivery::resetMidBody;
     return response;
 }
 
@@ -294,7 +310,9 @@ void LoopbackHttpServer::answer(Connection& connection, const Request& request) 
         "content-length: " + QByteArray::number(response.body.size()) + "\r\n";
     switch (response.delivery) {
     case Response::Delivery::whole:
-        socket->write(head(response, length) + response.body);
+        // Two writes: the socket keeps the body as it is instead of copying a large one.
+        socket->write(head(response, length));
+        socket->write(response.body);
         break;
     case Response::Delivery::chunked:
         socket->write(head(response, "transfer-encoding: chunked\r\n") + chunkedBody(response));
@@ -302,6 +320,10 @@ void LoopbackHttpServer::answer(Connection& connection, const Request& request) 
     case Response::Delivery::cutMidBody:
         socket->write(head(response, length) + response.body.left(response.body.size() / 2));
         socket->disconnectFromHost();
+        return;
+    case Response::Delivery::resetMidBody:
+        socket->write(head(response, length) + response.body.left(response.body.size() / 2));
+        reset(*socket);
         return;
     case Response::Delivery::never:
         connection.silenced = true;

@@ -16,7 +16,7 @@ class QTcpSocket;
 
 // An HTTP/1.1 server on 127.0.0.1 for tests, as untidy as the real Vercel API when asked: it
 // answers each request path with a handler, records every request it receives, and can send
-// chunked bodies, redirect, close a connection mid-body or never answer at all.
+// chunked bodies, redirect, close or reset a connection mid-body or never answer at all.
 //
 //   LoopbackHttpServer server;
 //   server.route("/v2/user", [](const auto&) { return Response::json(R"({"user":…})"); });
@@ -45,10 +45,11 @@ public:
 
     struct Response {
         enum class Delivery {
-            whole,      // Content-Length and the full body
-            chunked,    // Transfer-Encoding: chunked, `chunkSize` bytes per chunk
-            cutMidBody, // announces the full length, sends half of the body, then closes
-            never,      // keeps the connection open and says nothing
+            whole,        // Content-Length and the full body
+            chunked,      // Transfer-Encoding: chunked, `chunkSize` bytes per chunk
+            cutMidBody,   // announces the full length, sends half of the body, then closes
+            resetMidBody, // the same, but resets the connection (TCP RST) instead of closing it
+            never,        // keeps the connection open and says nothing
         };
 
         int status = 200;
@@ -64,6 +65,7 @@ public:
         static Response vercelError(int status, QByteArray code, QByteArray message);
         static Response redirect(QByteArray location, int status = 307);
         static Response cutMidBody(QByteArray body);
+        static Response resetMidBody(QByteArray body);
         static Response never();
 
         Response&& withHeader(QByteArray name, QByteArray value) &&;

@@ -39,6 +39,8 @@ public:
         return {0, found->second};
     }
 
+    bool isNoItem(int status) const override { return status == itemNotFound; }
+
     std::optional<QString> errorMessage(int status) const override {
         const auto found = messages.find(status);
         if (found == messages.end())

@@ -24,11 +24,24 @@ Expected<KeychainStore::Mode, KeychainError> KeychainStore::storeToken(const QSt
 }
 
 std::optional<KeychainStore::StoredToken> KeychainStore::loadToken() {
+    Expected<std::optional<StoredToken>, KeychainError> read = readToken();
+    return read ? std::move(read).value() : std::nullopt;
+}
+
+Expected<std::optional<KeychainStore::StoredToken>, KeychainError> KeychainStore::readToken() {
+    std::optional<KeychainError> failure;
     for (const Mode mode : {Mode::synced, Mode::localOnly}) {
-        if (std::optional<QString> token = readCopy(mode))
-            return StoredToken{std::move(*token), mode};
+        const SecretBackend::Match match = backend_.copyMatching(mode);
+        if (match.status == 0) {
+            if (std::optional<QString> token = decodedToken(match.data))
+                return std::optional<StoredToken>(StoredToken{std::move(*token), mode});
+        } else if (!failure && !backend_.isNoItem(match.status)) {
+            failure = KeychainError{match.status, backend_.errorMessage(match.status)};
+        }
     }
-    return std::nullopt;
+    if (failure)
+        return *failure;
+    return std::optional<StoredToken>();
 }
 
 void KeychainStore::deleteToken() {
@@ -36,12 +49,9 @@ void KeychainStore::deleteToken() {
     backend_.deleteItems(Mode::localOnly);
 }
 
-std::optional<QString> KeychainStore::readCopy(Mode mode) {
-    const SecretBackend::Match match = backend_.copyMatching(mode);
-    if (match.status != 0)
-        return std::nullopt;
+std::optional<QString> KeychainStore::decodedToken(const QByteArray& data) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString token = decoder.decode(match.data);
+    QString token = decoder.decode(data);
     if (decoder.hasError() || token.isEmpty())
         return std::nullopt; // a damaged copy is no copy
     return token;

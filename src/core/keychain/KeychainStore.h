@@ -29,13 +29,16 @@ public:
     Expected<Mode, KeychainError> storeToken(const QString& token);
     // The persistent copy first, then the session copy; damaged copies count as absent.
     std::optional<StoredToken> loadToken();
+    // The same, but when no copy could be read because the keyring failed (locked, out of
+    // reach) rather than held none, that failure: the persistent copy's when both failed.
+    Expected<std::optional<StoredToken>, KeychainError> readToken();
     // Deletes both copies; deleting a token that is not there is silent.
     void deleteToken();
 
     static const QString label;
 
 private:
-    std::optional<QString> readCopy(Mode mode);
+    static std::optional<QString> decodedToken(const QByteArray& data);
 
     SecretBackend& backend_;
 };

@@ -26,4 +26,7 @@ public:
     virtual Match copyMatching(KeychainMode copy) = 0;
     // The store's own text for a status, when it has one.
     virtual std::optional<QString> errorMessage(int status) const = 0;
+    // Whether a failed read only means that there is no such item (rather than a store that is
+    // locked or out of reach).
+    virtual bool isNoItem(int status) const = 0;
 };

@@ -39,7 +39,14 @@ void AppState::start(bool demoMode) {
         startDemo();
         return;
     }
-    const std::optional<KeychainStore::StoredToken> stored = services_.keychain.loadToken();
+    const Expected<std::optional<KeychainStore::StoredToken>, KeychainError> read =
+        services_.keychain.readToken();
+    if (!read) {
+        // A locked or unreachable keyring is not an empty one: the user is told which it is.
+        setLastError(read.error().errorDescription());
+        return;
+    }
+    const std::optional<KeychainStore::StoredToken>& stored = read.value();
     if (!stored)
         return;
     keychainMode_ = stored->mode;

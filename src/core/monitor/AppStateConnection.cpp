@@ -49,12 +49,15 @@ TokenExpiry expiryFrom(const RequestResult<TokenInfoResponse>& answer) {
 
 QCoro::Task<> AppState::connect(QString token) {
     QPointer<AppState> self(this);
+    // A check still on the network when the token is removed changes nothing.
+    const quint64 generation = generation_;
+    auto abandoned = [&] { return !self || self->generation_ != generation; };
     setConnection(Connection::checking());
     const VercelAPI client = makeApi(token);
 
     const RequestResult<UserResponse> user =
         co_await client.get<UserResponse>(QStringLiteral("/v2/user"), noQuery);
-    if (!self)
+    if (abandoned())
         co_return;
     if (!user) {
         api_.reset();
@@ -63,7 +66,7 @@ QCoro::Task<> AppState::connect(QString token) {
     }
     const RequestResult<TeamsResponse> teams =
         co_await client.get<TeamsResponse>(QStringLiteral("/v2/teams"), limit100);
-    if (!self)
+    if (abandoned())
         co_return;
 
     api_ = client;
@@ -73,13 +76,13 @@ QCoro::Task<> AppState::connect(QString token) {
 
     const RequestResult<TokenInfoResponse> info =
         co_await client.get<TokenInfoResponse>(QStringLiteral("/v5/user/tokens/current"), noQuery);
-    if (!self)
+    if (abandoned())
         co_return;
     tokenExpiry_ = expiryFrom(info);
     Q_EMIT changed();
 
     co_await loadProjects();
-    if (!self)
+    if (abandoned())
         co_return;
     startLoop();
 }
@@ -88,6 +91,7 @@ QCoro::Task<> AppState::loadProjects() {
     if (!api_)
         co_return;
     QPointer<AppState> self(this);
+    const quint64 generation = generation_;
     const VercelAPI client = *api_;
     const QList<Scope> scopes = scopes_;
     QList<ProjectRef> refs;
@@ -95,7 +99,7 @@ QCoro::Task<> AppState::loadProjects() {
     for (const Scope& scope : scopes) {
         const RequestResult<ProjectsResponse> answer = co_await client.get<ProjectsResponse>(
             QStringLiteral("/v9/projects"), VercelAPI::withTeam(scope.teamId, limit100));
-        if (!self)
+        if (!self || self->generation_ != generation)
             co_return;
         if (!answer)
             continue;

@@ -8,9 +8,9 @@
 
 namespace {
 
-// Far above a full build log or 100 projects with their deployments; a server that sends more
-// is broken or hostile, and must not be allowed to fill the memory.
-constexpr qint64 kMaxBodyBytes = 64 * 1024 * 1024;
+// Several times a full build log or 100 projects with their deployments; a server that sends
+// more is broken or hostile, and must not fill the memory nor hold the main thread parsing it.
+constexpr qint64 kMaxBodyBytes = 16 * 1024 * 1024;
 
 bool isTimeout(QNetworkReply::NetworkError error) {
     // Qt reports its own transfer timeout as a cancellation; we cancel nothing else.
@@ -28,10 +28,20 @@ bool isTransportFailure(QNetworkReply::NetworkError error) {
            error <= QNetworkReply::UnknownProxyError;
 }
 
+// Qt's own texts are English only and terse ("Connection closed"); the failures a user meets
+// most get a sentence of ours in both languages.
 TransportError transportError(const QNetworkReply& reply) {
     if (isTimeout(reply.error()))
         return {QNetworkReply::TimeoutError, Language::text("The request to Vercel timed out.",
                                                             "La requête vers Vercel a expiré.")};
+    if (reply.error() == QNetworkReply::ConnectionRefusedError)
+        return {reply.error(), Language::text("Could not connect to Vercel (connection refused).",
+                                              "Impossible de se connecter à Vercel (connexion "
+                                              "refusée).")};
+    if (reply.error() == QNetworkReply::RemoteHostClosedError)
+        return {reply.error(),
+                Language::text("The connection to Vercel was cut off before the answer ended.",
+                               "La connexion à Vercel a été coupée avant la fin de la réponse.")};
     return {reply.error(), reply.errorString()};
 }
 
