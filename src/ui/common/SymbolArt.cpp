@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -221,6 +222,23 @@ void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QCo
     }
 }
 
+// A transparent `size` × `size` canvas, turned by `angle` degrees about its centre, with what
+// `paint` draws on it.
+QPixmap turnedCanvas(int size, double devicePixelRatio, double angle,
+                     const std::function<void(QPainter&)>& paint) {
+    QPixmap pixmap(QSize(size, size) * devicePixelRatio);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    if (angle != 0) {
+        p.translate(size / 2.0, size / 2.0);
+        p.rotate(angle);
+        p.translate(-size / 2.0, -size / 2.0);
+    }
+    paint(p);
+    return pixmap;
+}
+
 } // namespace
 
 namespace SymbolArt {
@@ -246,18 +264,10 @@ QString themeName(const QString& symbol) {
 
 QPixmap drawn(const QString& symbol, const QColor& color, int size, double devicePixelRatio,
               double angle) {
-    QPixmap pixmap(QSize(size, size) * devicePixelRatio);
-    pixmap.setDevicePixelRatio(devicePixelRatio);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
-    p.setRenderHint(QPainter::Antialiasing);
-    if (angle != 0) {
-        p.translate(size / 2.0, size / 2.0);
-        p.rotate(angle);
-        p.translate(-size / 2.0, -size / 2.0);
-    }
-    drawSymbol(p, symbol, QRectF(0, 0, size, size), color);
-    return pixmap;
+    return turnedCanvas(size, devicePixelRatio, angle, [&](QPainter& p) {
+        p.setRenderHint(QPainter::Antialiasing);
+        drawSymbol(p, symbol, QRectF(0, 0, size, size), color);
+    });
 }
 
 QPixmap tinted(const QString& symbol, const QColor& color, int size, double devicePixelRatio,
@@ -271,18 +281,10 @@ QPixmap tinted(const QString& symbol, const QColor& color, int size, double devi
     t.setCompositionMode(QPainter::CompositionMode_SourceIn);
     t.fillRect(shape.rect(), color);
     t.end();
-    QPixmap pixmap(QSize(size, size) * devicePixelRatio);
-    pixmap.setDevicePixelRatio(devicePixelRatio);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
-    p.setRenderHint(QPainter::SmoothPixmapTransform);
-    if (angle != 0) {
-        p.translate(size / 2.0, size / 2.0);
-        p.rotate(angle);
-        p.translate(-size / 2.0, -size / 2.0);
-    }
-    p.drawPixmap(QRectF(0, 0, size, size), shape, QRectF(shape.rect()));
-    return pixmap;
+    return turnedCanvas(size, devicePixelRatio, angle, [&](QPainter& p) {
+        p.setRenderHint(QPainter::SmoothPixmapTransform);
+        p.drawPixmap(QRectF(0, 0, size, size), shape, QRectF(shape.rect()));
+    });
 }
 
 QIcon icon(const QString& symbol, const QColor& color) {
