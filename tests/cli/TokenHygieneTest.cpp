@@ -4,7 +4,7 @@
 // for it. The only place it may appear is the Authorization header.
 #include "core/monitor/EngineFixture.h"
 #include "core/monitor/StatusJson.h"
-#include "platform/PrivateSecretService.h"
+#include "support/desktop/PrivateSecretService.h"
 #include "platform/XdgAutostart.h"
 
 #include <QCoro/QCoroProcess>

@@ -6,7 +6,7 @@
 #include "core/monitor/AppState.h"
 #include "core/monitor/PreferenceKeys.h"
 #include "platform/LibsecretBackend.h"
-#include "platform/PrivateSecretService.h"
+#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
 #include "support/EventLoopLatency.h"
 #include "support/FakeDesktop.h"

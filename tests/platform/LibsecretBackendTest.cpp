@@ -1,7 +1,7 @@
 // The token store against a real gnome-keyring-daemon on a private session bus.
 #include "platform/LibsecretBackend.h"
 #include "core/keychain/KeychainStore.h"
-#include "platform/PrivateSecretService.h"
+#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // a read. The time bounds are hang guards, far above what a healthy call takes.
 #include "core/keychain/KeychainStore.h"
 #include "platform/LibsecretBackend.h"
-#include "platform/PrivateSecretService.h"
+#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
 
 #include <QElapsedTimer>

@@ -2,7 +2,7 @@
 // input and must never come back out.
 #include "core/keychain/KeychainStore.h"
 #include "platform/LibsecretBackend.h"
-#include "platform/PrivateSecretService.h"
+#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
 
 #include <QElapsedTimer>

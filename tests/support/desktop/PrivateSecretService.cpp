@@ -1,4 +1,4 @@
-#include "platform/PrivateSecretService.h"
+#include "support/desktop/PrivateSecretService.h"
 #include "support/PrivateBusConfig.h"
 #include "support/StopProcess.h"
 
