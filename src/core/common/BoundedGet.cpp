@@ -11,8 +11,13 @@ namespace {
 // One session for the whole process, so connections are reused across calls and a reply still
 // in flight never refers to a manager that is gone. It belongs to the application object and
 // therefore to the main thread, where every call is made.
-QNetworkAccessManager& sharedNetwork() {
+QPointer<QNetworkAccessManager>& sharedNetworkSlot() {
     static QPointer<QNetworkAccessManager> manager;
+    return manager;
+}
+
+QNetworkAccessManager& sharedNetwork() {
+    QPointer<QNetworkAccessManager>& manager = sharedNetworkSlot();
     Q_ASSERT(QCoreApplication::instance() != nullptr);
     Q_ASSERT(QThread::currentThread() == QCoreApplication::instance()->thread());
     if (manager.isNull()) {
@@ -53,4 +58,13 @@ QCoro::Task<BoundedReply> boundedGet(QNetworkRequest request, qint64 maxBytes) {
     co_await reply.get();
     download->take(reply.get());
     co_return BoundedReply{std::move(reply), std::move(download->body), download->tooLarge};
+}
+
+void finishPendingRequests() {
+    QNetworkAccessManager* manager = sharedNetworkSlot().data();
+    if (manager == nullptr)
+        return;
+    // abort() reports `finished` at once, which resumes the waiting coroutine.
+    for (QNetworkReply* reply : manager->findChildren<QNetworkReply*>(Qt::FindDirectChildrenOnly))
+        reply->abort();
 }

@@ -1,5 +1,7 @@
 // gtest entry point for the views: like the core's, with a widget application so windows, icons
-// and fonts exist (offscreen).
+// and fonts exist (offscreen unless told otherwise, also when CTest lists the tests without a
+// display).
+#include "core/common/BoundedGet.h"
 #include "core/common/Language.h"
 
 #include <QApplication>
@@ -7,7 +9,6 @@
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
-    // Offscreen unless told otherwise, also when CTest lists the tests without a display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
@@ -15,5 +16,7 @@ int main(int argc, char** argv) {
     qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toUtf8());
     Language::overrideSystemLanguages({QStringLiteral("en-US")});
     ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    finishPendingRequests(); // a request left waiting by a test would otherwise leak its frames
+    return result;
 }
