@@ -38,7 +38,6 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
     updater_.start(Preferences::standard());
     tray_.systemTrayIcon().setContextMenu(&menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
-    tray_.systemTrayIcon().show();
 }
 
 QuillonApp::~QuillonApp() = default;
@@ -48,6 +47,8 @@ void QuillonApp::start(bool demo, std::optional<int> demoScene) {
     hotKeys_ = bindDemoHotKeys(state_);
     if (demo && demoScene && state_.demo())
         state_.demo()->runScene(*demoScene);
+    // Last, so that everything the icon leads to already answers once it is on screen.
+    tray_.systemTrayIcon().show();
 }
 
 void QuillonApp::buildMenu() {

@@ -29,7 +29,7 @@ public:
     ~QuillonApp() override;
 
     // Demo mode plays fake projects (and `demoScene` once, when given); otherwise the stored
-    // token, if any, is checked and the polling starts.
+    // token, if any, is checked and the polling starts. The tray icon appears last.
     void start(bool demo, std::optional<int> demoScene);
 
     // The engine's picture as one line of JSON, as `quillon-cli watch --json` prints it.
