@@ -4,13 +4,6 @@
 #include "app-desktop/XWindow.h"
 #include "support/WaitUntil.h"
 
-namespace {
-
-constexpr int kToolTimeoutMs = 10000;
-constexpr int kStartTimeoutMs = 20000;
-
-} // namespace
-
 TrayDesktop::~TrayDesktop() {
     stopProcess(app_);
     stopProcess(trayer_);
@@ -31,9 +24,9 @@ std::optional<QString> TrayDesktop::start() {
                    QStringLiteral("--height"), QStringLiteral("28"),
                    QStringLiteral("--SetDockType"), QStringLiteral("true"),
                    QStringLiteral("--SetPartialStrut"), QStringLiteral("true")});
-    if (!trayer_.waitForStarted(kToolTimeoutMs))
+    if (!trayer_.waitForStarted(kXToolTimeoutMs))
         return QStringLiteral("trayer did not start: ") + trayer_.errorString();
-    if (!waitUntil([this] { return trayerShowsPanel(environment()); }, kStartTimeoutMs))
+    if (!waitUntil([this] { return trayerShowsPanel(environment()); }, TrayDesktop::startTimeoutMs))
         return QStringLiteral("trayer showed no panel: ") +
                QString::fromUtf8(trayer_.readAllStandardError());
     return std::nullopt;
@@ -47,7 +40,7 @@ std::optional<QString> TrayDesktop::startApp(const QProcessEnvironment& settings
     env.insert(settings);
     app_.setProcessEnvironment(env);
     app_.start(QStringLiteral(QUILLON_APP_PATH), {});
-    if (!app_.waitForStarted(kToolTimeoutMs))
+    if (!app_.waitForStarted(kXToolTimeoutMs))
         return QStringLiteral("quillon did not start: ") + app_.errorString();
     return std::nullopt;
 }
@@ -60,7 +53,7 @@ QByteArray TrayDesktop::appOutput() {
 
 bool TrayDesktop::quitApp() {
     app_.terminate();
-    return app_.waitForFinished(kToolTimeoutMs) && app_.exitStatus() == QProcess::NormalExit &&
+    return app_.waitForFinished(kXToolTimeoutMs) && app_.exitStatus() == QProcess::NormalExit &&
            app_.exitCode() == 0;
 }
 

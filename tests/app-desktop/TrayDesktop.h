@@ -11,6 +11,9 @@
 // real `quillon` on it; the destructor stops them in the reverse order.
 class TrayDesktop {
 public:
+    // How long the X server, the tray and the application may take to come up.
+    static constexpr int startTimeoutMs = 20000;
+
     ~TrayDesktop();
 
     // Xvfb, the bus, dunst and trayer; answers what went wrong, if anything did.

@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr int kStartTimeoutMs = 20000;
-
 // The demo at ten times the speed, with its hot keys.
 std::optional<QString> startDemo(TrayDesktop& desktop) {
     if (std::optional<QString> failure = desktop.start())
@@ -39,7 +37,7 @@ TEST(TrayEndToEnd, HotKeyOneShowsTheLiveActivityUnderTheTrayIconUntilTheDeployme
             icon = trayIcon(env);
             return icon.has_value() || !desktop.appRuns();
         },
-        kStartTimeoutMs));
+        TrayDesktop::startTimeoutMs));
     ASSERT_TRUE(icon) << "no tray icon embedded in trayer; quillon said: "
                       << desktop.appOutput().toStdString();
     ASSERT_TRUE(isViewable(icon->id, env));

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr int kToolTimeoutMs = 10000;
-
 bool isApp(const XWindow& window) {
     return window.instance == QLatin1String("quillon");
 }
@@ -24,7 +22,7 @@ std::optional<QString> runTool(const QString& program, const QStringList& argume
     QProcess process;
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
-    if (!process.waitForFinished(kToolTimeoutMs) || process.exitStatus() != QProcess::NormalExit ||
+    if (!process.waitForFinished(kXToolTimeoutMs) || process.exitStatus() != QProcess::NormalExit ||
         process.exitCode() != 0)
         return std::nullopt;
     return QString::fromUtf8(process.readAllStandardOutput());

@@ -7,6 +7,9 @@
 #include <QStringList>
 #include <optional>
 
+// How long an X tool (xwininfo, xdotool, trayer) may take to start or answer.
+inline constexpr int kXToolTimeoutMs = 10000;
+
 // One window of `xwininfo -root -tree` on a private display, with its place on screen, and the
 // look-ups the desktop tests make with the X tools.
 struct XWindow {

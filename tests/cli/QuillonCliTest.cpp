@@ -15,7 +15,7 @@ using Response = LoopbackHttpServer::Response;
 
 namespace {
 
-const QString token = QStringLiteral("vc_cli_Qm4rT8zW");
+const QString cliToken = QStringLiteral("vc_cli_Qm4rT8zW");
 
 class QuillonCliTest : public ::testing::Test {
 protected:
@@ -24,7 +24,7 @@ protected:
     // The child's environment: our token and server, English unless told otherwise.
     QProcessEnvironment environment(const QString& language = QStringLiteral("en")) const {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("VERCEL_TOKEN"), token);
+        env.insert(QStringLiteral("VERCEL_TOKEN"), cliToken);
         env.insert(QStringLiteral("QUILLON_API_BASE"), server.baseUrl().toString());
         env.insert(QStringLiteral("LANGUAGE"), language);
         env.insert(QStringLiteral("LC_ALL"), language == QLatin1String("fr")
@@ -34,7 +34,7 @@ protected:
     }
 
     CliRun run(const QStringList& args, const QProcessEnvironment& env) {
-        return runCli(args, env, token);
+        return runCli(args, env, cliToken);
     }
     CliRun run(const QStringList& args) { return run(args, environment()); }
 };
@@ -75,7 +75,7 @@ TEST_F(QuillonCliTest, UserPrintsTheAccountName) {
     EXPECT_EQ(result.err, QString());
     ASSERT_EQ(server.requests().size(), 1);
     EXPECT_TRUE(server.requests().first().headerValues("authorization") ==
-                QList<QByteArray>{"Bearer " + token.toUtf8()})
+                QList<QByteArray>{"Bearer " + cliToken.toUtf8()})
         << "the token from VERCEL_TOKEN was not sent as the bearer token";
 }
 

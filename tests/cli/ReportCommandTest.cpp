@@ -13,7 +13,7 @@ using Response = LoopbackHttpServer::Response;
 
 namespace {
 
-const QString token = QStringLiteral("vc_report_P7d3Lw9e");
+const QString reportToken = QStringLiteral("vc_report_P7d3Lw9e");
 
 class ReportCommandTest : public ::testing::Test {
 protected:
@@ -22,11 +22,11 @@ protected:
     QTemporaryDir home;
 
     QProcessEnvironment environment() const {
-        return isolatedCliEnvironment(token, server.baseUrl().toString(), home.path());
+        return isolatedCliEnvironment(reportToken, server.baseUrl().toString(), home.path());
     }
 
     CliRun report(const QStringList& args, const QProcessEnvironment& env) {
-        return runCli(QStringList{"report"} + args, env, token);
+        return runCli(QStringList{"report"} + args, env, reportToken);
     }
     CliRun report(const QStringList& args) { return report(args, environment()); }
 

@@ -4,8 +4,8 @@
 // for it. The only place it may appear is the Authorization header.
 #include "core/monitor/EngineFixture.h"
 #include "core/monitor/StatusJson.h"
-#include "support/desktop/PrivateSecretService.h"
 #include "platform/XdgAutostart.h"
+#include "support/desktop/PrivateSecretService.h"
 
 #include <QCoro/QCoroProcess>
 #include <QDirIterator>
@@ -98,7 +98,7 @@ QJsonArray deployments(double startedMs, const QString& apiState) {
 }
 
 // One quillon-cli run: what it printed, how it ended and its command line as the system saw it.
-struct CliRun {
+struct HygieneRun {
     QByteArray out;
     QByteArray err;
     QByteArray cmdline;
@@ -122,13 +122,13 @@ protected:
     }
 
     // Runs quillon-cli to its end; `stop` (a signal) ends it once it has printed something.
-    CliRun run(const QStringList& args, const QProcessEnvironment& environment,
-               const QByteArray& input = {}, int stop = 0) {
+    HygieneRun run(const QStringList& args, const QProcessEnvironment& environment,
+                   const QByteArray& input = {}, int stop = 0) {
         QProcess process;
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(QUILLON_CLI_PATH), args);
         EXPECT_TRUE(process.waitForStarted());
-        CliRun result;
+        HygieneRun result;
         result.cmdline = fileBytes(QStringLiteral("/proc/%1/cmdline").arg(process.processId()));
         process.write(input);
         process.closeWriteChannel();
@@ -147,7 +147,7 @@ protected:
         return result;
     }
 
-    void search(const QString& name, const CliRun& run) {
+    void search(const QString& name, const HygieneRun& run) {
         searchFor.bytes(name + QStringLiteral(": standard output"), run.out);
         searchFor.bytes(name + QStringLiteral(": standard error"), run.err);
         searchFor.bytes(name + QStringLiteral(": /proc/PID/cmdline"), run.cmdline);
@@ -170,29 +170,29 @@ TEST_F(CliTokenHygiene, NoOutputFileRequestTargetOrCommandLineHoldsTheToken) {
     QProcessEnvironment withToken = env;
     withToken.insert("VERCEL_TOKEN", token);
 
-    const CliRun set = run({"token", "set"}, env, token.toUtf8() + '\n');
+    const HygieneRun set = run({"token", "set"}, env, token.toUtf8() + '\n');
     ASSERT_EQ(set.exitCode, 0) << set.err.toStdString();
     search("token set", set);
     search("token status", run({"token", "status"}, env));
     // From the keyring: the commands that run the engine.
-    const CliRun watch = run({"watch", "--once"}, env);
+    const HygieneRun watch = run({"watch", "--once"}, env);
     EXPECT_TRUE(watch.out.contains("Failed  api")) << watch.out.toStdString();
     search("watch --once", watch);
     search("watch --once --json", run({"watch", "--once", "--json"}, env));
-    const CliRun report = run({"report", "api"}, env);
+    const HygieneRun report = run({"report", "api"}, env);
     EXPECT_TRUE(report.out.contains("Type error: customerId")) << report.err.toStdString();
     search("report", report);
     // From the environment: the commands that call the API alone.
-    const CliRun user = run({"user"}, withToken);
+    const HygieneRun user = run({"user"}, withToken);
     EXPECT_EQ(user.out, "ada\n");
     search("user", user);
     search("deployments", run({"deployments"}, withToken));
 
     // A running watch killed by a crash signal prints whatever the crash prints.
-    const CliRun crash = run({"watch"}, env, {}, SIGSEGV);
+    const HygieneRun crash = run({"watch"}, env, {}, SIGSEGV);
     EXPECT_TRUE(crash.crashed);
     search("watch killed by SIGSEGV", crash);
-    const CliRun aborted = run({"watch", "--json"}, withToken, {}, SIGABRT);
+    const HygieneRun aborted = run({"watch", "--json"}, withToken, {}, SIGABRT);
     EXPECT_TRUE(aborted.crashed);
     search("watch killed by SIGABRT", aborted);
 
@@ -200,7 +200,7 @@ TEST_F(CliTokenHygiene, NoOutputFileRequestTargetOrCommandLineHoldsTheToken) {
     search("deployments answered 500", run({"deployments"}, withToken));
     search("watch --once answered 500", run({"watch", "--once"}, env));
     account.failures.insert("/v2/user", Response::vercelError(403, "forbidden", "Not authorized"));
-    const CliRun rejected = run({"watch"}, env);
+    const HygieneRun rejected = run({"watch"}, env);
     EXPECT_EQ(rejected.exitCode, 1);
     search("watch with a rejected token", rejected);
     search("user with a rejected token", run({"user"}, withToken));

@@ -16,7 +16,7 @@ using Response = LoopbackHttpServer::Response;
 
 namespace {
 
-const QString token = QStringLiteral("vc_watch_Zr81Qk2L");
+const QString watchToken = QStringLiteral("vc_watch_Zr81Qk2L");
 
 class WatchCommandTest : public ::testing::Test {
 protected:
@@ -25,11 +25,11 @@ protected:
     QTemporaryDir home;
 
     QProcessEnvironment environment() const {
-        return isolatedCliEnvironment(token, server.baseUrl().toString(), home.path());
+        return isolatedCliEnvironment(watchToken, server.baseUrl().toString(), home.path());
     }
 
     CliRun run(const QStringList& args, const QProcessEnvironment& env) {
-        return runCli(args, env, token);
+        return runCli(args, env, watchToken);
     }
 
     static int countedToday(double createdMs) {

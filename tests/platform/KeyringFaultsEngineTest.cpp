@@ -6,13 +6,13 @@
 #include "core/monitor/AppState.h"
 #include "core/monitor/PreferenceKeys.h"
 #include "platform/LibsecretBackend.h"
-#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
 #include "support/EventLoopLatency.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeVercelAccount.h"
 #include "support/QtPrinters.h"
 #include "support/WaitUntil.h"
+#include "support/desktop/PrivateSecretService.h"
 
 #include <QCoro/QCoroTask>
 #include <QFile>

@@ -1,8 +1,8 @@
 // The token store against a real gnome-keyring-daemon on a private session bus.
 #include "platform/LibsecretBackend.h"
 #include "core/keychain/KeychainStore.h"
-#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
+#include "support/desktop/PrivateSecretService.h"
 
 #include <gtest/gtest.h>
 

@@ -2,15 +2,15 @@
 // a read. The time bounds are hang guards, far above what a healthy call takes.
 #include "core/keychain/KeychainStore.h"
 #include "platform/LibsecretBackend.h"
-#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
+#include "support/desktop/PrivateSecretService.h"
 
 #include <QElapsedTimer>
 #include <gtest/gtest.h>
 
 namespace {
 
-constexpr qint64 kHangGuardMs = 10000;
+constexpr qint64 kOutageGuardMs = 10000;
 
 struct Outcome {
     Expected<KeychainMode, KeychainError> stored;
@@ -45,7 +45,7 @@ TEST(SecretServiceOutageTest, BusWithoutAKeyringDaemon) {
     EXPECT_TRUE(description.contains(QStringLiteral("org.freedesktop.secrets")))
         << description.toStdString();
     EXPECT_FALSE(outcome.loaded);
-    EXPECT_LT(outcome.elapsedMs, kHangGuardMs);
+    EXPECT_LT(outcome.elapsedMs, kOutageGuardMs);
 }
 
 TEST(SecretServiceOutageTest, UnreachableBus) {
@@ -59,7 +59,7 @@ TEST(SecretServiceOutageTest, UnreachableBus) {
     EXPECT_EQ(outcome.stored.error().status, LibsecretBackend::noService);
     EXPECT_TRUE(outcome.stored.error().platformMessage.has_value());
     EXPECT_FALSE(outcome.loaded);
-    EXPECT_LT(outcome.elapsedMs, kHangGuardMs);
+    EXPECT_LT(outcome.elapsedMs, kOutageGuardMs);
 }
 
 TEST(SecretServiceOutageTest, SecretServiceThatNeverAnswers) {
@@ -81,7 +81,7 @@ TEST(SecretServiceOutageTest, SecretServiceThatNeverAnswers) {
     EXPECT_EQ(outcome.stored.error().errorDescription(),
               "Keyring error: The Secret Service did not answer in time.");
     EXPECT_FALSE(outcome.loaded);
-    EXPECT_LT(outcome.elapsedMs, kHangGuardMs);
+    EXPECT_LT(outcome.elapsedMs, kOutageGuardMs);
     silent.unregisterObject(QStringLiteral("/org/freedesktop/secrets"));
 }
 

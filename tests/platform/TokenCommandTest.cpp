@@ -2,8 +2,8 @@
 // input and must never come back out.
 #include "core/keychain/KeychainStore.h"
 #include "platform/LibsecretBackend.h"
-#include "support/desktop/PrivateSecretService.h"
 #include "platform/ScopedEnvironment.h"
+#include "support/desktop/PrivateSecretService.h"
 
 #include <QElapsedTimer>
 #include <gtest/gtest.h>

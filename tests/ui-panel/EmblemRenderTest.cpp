@@ -1,4 +1,5 @@
 #include "support/TempPreferences.h"
+#include "ui-panel/PanelScene.h"
 #include "ui/panel/LetterBleed.h"
 #include "ui/panel/MiniPrism.h"
 #include "ui/panel/PrismHero.h"
@@ -11,7 +12,7 @@
 
 namespace {
 
-const QColor panelBackground(0x1c, 0x1c, 0x22);
+using PanelScene::panelBackground;
 
 // Set QUILLON_SHOTS_DIR to keep every rendering as a PNG for a person to look at.
 void keep(const QImage& image, const QString& name) {

@@ -1,5 +1,6 @@
 #include "ui/panel/PanelView.h"
 #include "support/FakeDesktop.h"
+#include "ui-panel/PanelScene.h"
 
 #include "core/common/Language.h"
 #include "core/keychain/KeychainStore.h"
@@ -24,7 +25,7 @@
 
 namespace {
 
-const QDateTime start(QDate(2026, 11, 23), QTime(15, 0));
+using PanelScene::start;
 
 ProjectSnapshot snap(const QString& id, const char* state, std::optional<double> readyMs) {
     ProjectSnapshot made{id,          id, QStringLiteral("acme"), std::nullopt, VercelDeployment{},

@@ -10,6 +10,7 @@
 #include "support/MemorySecretBackend.h"
 #include "support/TempPreferences.h"
 #include "support/WaitUntil.h"
+#include "ui-panel/PanelScene.h"
 #include "ui/panel/LetterBleed.h"
 #include "ui/panel/ProgressLine.h"
 #include "ui/panel/ProjectRowTexts.h"
@@ -27,7 +28,7 @@ using namespace ProjectRowTexts;
 
 namespace {
 
-const QDateTime start(QDate(2026, 11, 23), QTime(15, 0));
+using PanelScene::start;
 
 double msAgo(double seconds) {
     return static_cast<double>(start.toMSecsSinceEpoch()) - seconds * 1000;
@@ -326,7 +327,7 @@ TEST(RowAction, HoverFillEasesBetweenTwelveAndTwentyTwoPercent) {
 
 namespace {
 
-const QColor panelBackground(0x1c, 0x1c, 0x22);
+using PanelScene::panelBackground;
 
 QImage rendered(QWidget& widget) {
     QImage image(widget.size() * 2, QImage::Format_ARGB32_Premultiplied);
