@@ -1,6 +1,5 @@
 #include "support/QtTestRun.h"
 
-#include "core/common/BoundedGet.h"
 #include "core/common/Language.h"
 
 #include <QTemporaryDir>
@@ -11,7 +10,5 @@ int runQtTests(int& argc, char** argv) {
     qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toUtf8());
     Language::overrideSystemLanguages({QStringLiteral("en-US")});
     ::testing::InitGoogleTest(&argc, argv);
-    const int result = RUN_ALL_TESTS();
-    finishPendingRequests(); // a request left waiting by a test would otherwise leak its frames
-    return result;
+    return RUN_ALL_TESTS();
 }

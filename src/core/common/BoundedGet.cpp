@@ -8,20 +8,27 @@
 
 namespace {
 
+// A reply deleted along with its manager never reports, and the coroutine waiting on it would
+// never be freed; so the replies still in flight when the session goes are aborted first, which
+// lets their waiters run to their end.
+class AbortingNetwork final : public QNetworkAccessManager {
+public:
+    using QNetworkAccessManager::QNetworkAccessManager;
+    ~AbortingNetwork() override {
+        for (QNetworkReply* reply : findChildren<QNetworkReply*>(Qt::FindDirectChildrenOnly))
+            reply->abort();
+    }
+};
+
 // One session for the whole process, so connections are reused across calls and a reply still
 // in flight never refers to a manager that is gone. It belongs to the application object and
 // therefore to the main thread, where every call is made.
-QPointer<QNetworkAccessManager>& sharedNetworkSlot() {
-    static QPointer<QNetworkAccessManager> manager;
-    return manager;
-}
-
 QNetworkAccessManager& sharedNetwork() {
-    QPointer<QNetworkAccessManager>& manager = sharedNetworkSlot();
+    static QPointer<QNetworkAccessManager> manager;
     Q_ASSERT(QCoreApplication::instance() != nullptr);
     Q_ASSERT(QThread::currentThread() == QCoreApplication::instance()->thread());
     if (manager.isNull()) {
-        manager = new QNetworkAccessManager(QCoreApplication::instance());
+        manager = new AbortingNetwork(QCoreApplication::instance());
         manager->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
     }
     return *manager;
@@ -58,13 +65,4 @@ QCoro::Task<BoundedReply> boundedGet(QNetworkRequest request, qint64 maxBytes) {
     co_await reply.get();
     download->take(reply.get());
     co_return BoundedReply{std::move(reply), std::move(download->body), download->tooLarge};
-}
-
-void finishPendingRequests() {
-    QNetworkAccessManager* manager = sharedNetworkSlot().data();
-    if (manager == nullptr)
-        return;
-    // abort() reports `finished` at once, which resumes the waiting coroutine.
-    for (QNetworkReply* reply : manager->findChildren<QNetworkReply*>(Qt::FindDirectChildrenOnly))
-        reply->abort();
 }

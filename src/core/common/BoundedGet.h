@@ -23,8 +23,3 @@ struct BoundedReply {
 // unless they leave https), reading at most `maxBytes` of body: a server that sends more is
 // broken or hostile and must not be allowed to fill the memory.
 QCoro::Task<BoundedReply> boundedGet(QNetworkRequest request, qint64 maxBytes);
-
-// Aborts every GET still in flight, so the coroutines awaiting them run to their end now: a reply
-// deleted along with the network session at exit never reports, and its waiters would never be
-// freed. For the end of a process, after its event loop has returned.
-void finishPendingRequests();
