@@ -1,7 +1,9 @@
 #include "cli/CliApi.h"
 
 #include "cli/CliCommand.h"
+#include "core/common/Language.h"
 #include "core/keychain/KeychainStore.h"
+#include "core/monitor/ConnectionState.h"
 
 std::optional<VercelAPI> apiFromEnvironment() {
     const QString token = qEnvironmentVariable("VERCEL_TOKEN").trimmed();
@@ -33,6 +35,23 @@ std::optional<QString> tokenFromEnvironmentOrKeyring(KeychainStore& keychain) {
     cliErr() << "quillon-cli: no token. Set VERCEL_TOKEN or store one with "
                 "'quillon-cli token set'.\n";
     return std::nullopt;
+}
+
+bool oneShotGivesUp(const Connection& connection, const QDateTime& start) {
+    switch (connection.kind) {
+    case Connection::Kind::failed:
+        return true;
+    case Connection::Kind::retrying:
+        return connection.retryAt > start.addSecs(30);
+    default:
+        return false;
+    }
+}
+
+void printConnectionFailure(const Connection& connection) {
+    cliErr() << Language::text("Connection failed", "Connexion impossible") << ": "
+             << connection.detail << '\n';
+    cliErr().flush();
 }
 
 int reportFailure(const RequestError& error) {

@@ -5,6 +5,7 @@
 #include <optional>
 
 struct CliCommand;
+struct Connection;
 class KeychainStore;
 
 // Exit codes shared by the commands.
@@ -23,6 +24,12 @@ std::optional<QUrl> apiBaseFromEnvironment();
 // The token for a run against the account: VERCEL_TOKEN when set, else the one stored in the
 // keyring. When there is none, says how to provide one on standard error and answers absent.
 std::optional<QString> tokenFromEnvironmentOrKeyring(KeychainStore& keychain);
+
+// Whether a command that runs once, started at `start`, stops waiting for the account: the
+// check failed for good, or its next attempt comes more than 30 s after the start.
+bool oneShotGivesUp(const Connection& connection, const QDateTime& start);
+// "Connection failed: " and why, on standard error.
+void printConnectionFailure(const Connection& connection);
 
 // Prints the sentence of a failed request on standard error; answers kExitFailed.
 int reportFailure(const RequestError& error);

@@ -15,13 +15,13 @@ CliCommand reportCommand();
 class FirstPass : public QObject {
     Q_OBJECT
 public:
-    explicit FirstPass(AppState& state) : state_(state) {
+    explicit FirstPass(AppState& state) : state_(state), start_(state.clock().now()) {
         QObject::connect(&state, &AppState::snapshotsChanged, this, [this] {
             if (state_.hasLoadedOnce())
                 finish(true);
         });
         QObject::connect(&state, &AppState::connectionChanged, this, [this] {
-            if (state_.connection().kind == Connection::Kind::failed)
+            if (oneShotGivesUp(state_.connection(), start_))
                 finish(false);
         });
     }
@@ -45,6 +45,7 @@ private:
     }
 
     AppState& state_;
+    QDateTime start_;
     std::optional<bool> outcome_;
 };
 
@@ -82,7 +83,7 @@ QCoro::Task<int> startEngine(AppState& state, KeychainStore& keychain) {
     state.connect(*token);
     if (co_await pass.loaded())
         co_return 0;
-    cliErr() << state.statusSummary() << ": " << state.connection().detail << '\n';
+    printConnectionFailure(state.connection());
     co_return kExitFailed;
 }
 

@@ -22,7 +22,7 @@ public:
     enum class Format { text, json };
 
     WatchSession(AppState& state, bool once, Format format)
-        : state_(state), once_(once), format_(format) {
+        : state_(state), once_(once), format_(format), start_(state.clock().now()) {
         QObject::connect(&state, &AppState::snapshotsChanged, this, &WatchSession::printPass);
         QObject::connect(&state, &AppState::connectionChanged, this,
                          &WatchSession::onConnectionChanged);
@@ -57,18 +57,25 @@ private:
             cliOut() << snapshotLine(snapshot, now) << '\n';
     }
 
+    // A failed check ends the watch; one that will be tried again keeps it going (a single
+    // pass waits about 30 s for it), and says so.
     void onConnectionChanged() {
         const Connection& connection = state_.connection();
-        if (connection.kind != Connection::Kind::failed)
-            return;
-        cliErr() << state_.statusSummary() << ": " << connection.detail << '\n';
-        cliErr().flush();
-        Q_EMIT finished(kExitFailed);
+        const bool givesUp = connection.kind == Connection::Kind::failed ||
+                             (once_ && oneShotGivesUp(connection, start_));
+        if (givesUp) {
+            printConnectionFailure(connection);
+            Q_EMIT finished(kExitFailed);
+        } else if (connection.kind == Connection::Kind::retrying) {
+            cliErr() << state_.statusSummary() << ": " << state_.connectionMessage() << '\n';
+            cliErr().flush();
+        }
     }
 
     AppState& state_;
     bool once_;
     Format format_;
+    QDateTime start_;
     std::optional<QDateTime> printed_;
 };
 

@@ -8,6 +8,8 @@ LinuxServices::LinuxServices(const QString& executable, ClipboardService& clipbo
       clipboard_(clipboard) {}
 
 AppState::Services LinuxServices::services(const QUrl& apiBase) {
-    return AppState::Services{
+    AppState::Services wired{
         Preferences::standard(), keychain, loginItem, notifications, clipboard_, clock, apiBase};
+    wired.network = &network;
+    return wired;
 }

@@ -4,6 +4,7 @@
 #include "core/monitor/AppState.h"
 #include "platform/FreedesktopNotifier.h"
 #include "platform/LibsecretBackend.h"
+#include "platform/NetworkReachability.h"
 #include "platform/XdgAutostart.h"
 
 // The Linux implementation of every service the engine is handed, owned together. The clipboard
@@ -20,6 +21,7 @@ public:
     XdgAutostart loginItem;
     FreedesktopNotifier notifications;
     SystemClock clock;
+    NetworkReachability network;
 
 private:
     ClipboardService& clipboard_;

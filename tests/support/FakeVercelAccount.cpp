@@ -47,6 +47,8 @@ LoopbackHttpServer::Response FakeVercelAccount::answer(const QString& path,
     using Response = LoopbackHttpServer::Response;
     if (failures.contains(path))
         return failures.value(path);
+    if (failEvery > 0 && ++served_ % failEvery == 0)
+        return Response::vercelError(500, "internal_server_error", "An unexpected error occurred.");
     if (path == "/v2/user")
         return Response::json(body({{"user", user}}));
     if (path == "/v2/teams")

@@ -21,6 +21,8 @@ public:
     QMap<QString, QJsonArray> events;      // deployment id → build events
     // Path → response that replaces the normal answer (a failure to inject).
     QMap<QString, LoopbackHttpServer::Response> failures;
+    // When above 0, every failEvery-th request of the account's endpoints answers HTTP 500.
+    int failEvery = 0;
 
     void addTeam(const QString& id, const QString& slug);
     // A project in a scope, with optional latestDeployments.
@@ -39,4 +41,5 @@ private:
     LoopbackHttpServer::Response answer(const QString& path,
                                         const LoopbackHttpServer::Request& request);
     LoopbackHttpServer& server_;
+    int served_ = 0;
 };

@@ -235,6 +235,7 @@ LoopbackHttpServer::LoopbackHttpServer(QObject* parent)
     const bool listening = server_->listen(QHostAddress::LocalHost);
     Q_ASSERT(listening);
     Q_UNUSED(listening);
+    port_ = server_->serverPort();
 }
 
 LoopbackHttpServer::~LoopbackHttpServer() {
@@ -245,7 +246,14 @@ LoopbackHttpServer::~LoopbackHttpServer() {
 }
 
 quint16 LoopbackHttpServer::port() const {
-    return server_->serverPort();
+    return port_;
+}
+
+void LoopbackHttpServer::setRefusing(bool refusing) {
+    if (refusing)
+        server_->close();
+    else if (!server_->isListening())
+        server_->listen(QHostAddress::LocalHost, port_);
 }
 
 QUrl LoopbackHttpServer::baseUrl() const {

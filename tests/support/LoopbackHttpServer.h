@@ -86,6 +86,9 @@ public:
     // Answers every path without a route. By default: 404 with Vercel's "not_found" body.
     void setFallback(Handler handler);
 
+    // Closes the port, so connections are refused, until called with false (same port).
+    void setRefusing(bool refusing);
+
     // Every request received so far, in order of arrival (before it was answered).
     const QList<Request>& requests() const { return requests_; }
     QList<Request> requestsTo(const QString& path) const;
@@ -98,6 +101,7 @@ private:
     void answer(Connection& connection, const Request& request);
 
     QTcpServer* server_;
+    quint16 port_ = 0;
     QHash<QString, Handler> routes_;
     Handler fallback_;
     QList<Request> requests_;

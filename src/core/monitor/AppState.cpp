@@ -202,6 +202,8 @@ QString AppState::statusSummary() const {
         return Language::text("Connection failed", "Connexion impossible");
     case Connection::Kind::checking:
         return Language::text("Connecting…", "Connexion…");
+    case Connection::Kind::retrying:
+        return Language::text("Waiting for Vercel", "En attente de Vercel");
     case Connection::Kind::noToken:
         return Language::text("Not connected", "Non connecté");
     case Connection::Kind::connected:

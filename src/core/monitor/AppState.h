@@ -3,6 +3,7 @@
 #include "core/keychain/KeychainMode.h"
 #include "core/monitor/Clock.h"
 #include "core/monitor/ConnectionState.h"
+#include "core/monitor/NetworkWatch.h"
 #include "core/monitor/NotificationPause.h"
 #include "core/monitor/PlatformServices.h"
 #include "core/vercel/ProjectRef.h"
@@ -54,6 +55,8 @@ public:
         Clock& clock;
         QUrl apiBase = VercelAPI::defaultBase();
         std::chrono::milliseconds requestTimeout{20000};
+        // Ends a wait between account checks early when the network comes up; optional.
+        NetworkWatch* network = nullptr;
     };
 
     explicit AppState(Services services, QObject* parent = nullptr);
@@ -108,8 +111,12 @@ public:
     Tone overallTone() const;
     QString statusSummary() const;
 
-    // Connection.
+    // Connection. A check that fails for a reason that can pass is tried again by itself, after
+    // 5 s, 10 s, 30 s and then every minute, until it succeeds or another token replaces it.
     QCoro::Task<> connect(QString token);
+    // The connection's message for the user: why it failed and, while a check waits to run
+    // again, when it will.
+    QString connectionMessage() const;
     QCoro::Task<> saveToken(QString raw);
     void removeToken();
     QCoro::Task<> loadProjects();
@@ -161,6 +168,11 @@ private:
     void publish(QList<ProjectSnapshot> snapshots, int todayCount);
     VercelAPI makeApi(const QString& token) const;
     void cancelLoop();
+    QCoro::Task<> checkAccount(QString token);
+    void scheduleRetry(const QString& token, const RequestError& error);
+    void cancelRetry();
+    static QCoro::Task<> runRetry(QPointer<AppState> self, std::shared_ptr<Cancellation> token,
+                                  QString apiToken, std::chrono::milliseconds delay);
     bool handlePassError(const RequestError& error);
     void startDemo();
     std::chrono::milliseconds pauseAfterPass() const;
@@ -192,8 +204,18 @@ private:
     std::optional<VercelAPI> api_;
     // Bumped when the token is removed, so a pass still waiting on the network publishes nothing.
     quint64 generation_ = 0;
+    quint64 checks_ = 0; // account checks started, so only the newest one publishes
     QList<Scope> scopes_;
+    // What each scope last answered, by scopeKey: a scope whose request fails in a pass
+    // contributes these instead, so a passing failure does not blank its projects.
+    struct ScopeAnswer {
+        QList<VercelProject> projects;
+        QList<VercelDeployment> deployments;
+    };
+    QHash<QString, ScopeAnswer> lastAnswers_;
     std::shared_ptr<Cancellation> loopTask_;
+    std::shared_ptr<Cancellation> retryTask_;
+    int retryAttempt_ = 0; // failed checks in a row, for the back-off
     QHash<QString, DeployStatus> previousStatus_;
     QSet<QString> notifiedDeployments_;
     // Failures shown this session, by deployment id, for "Copy for AI" on their notification.

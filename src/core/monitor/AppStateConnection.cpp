@@ -2,6 +2,7 @@
 // project list.
 #include "core/common/Language.h"
 #include "core/common/Preferences.h"
+#include "core/common/TimeTexts.h"
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
 #include "core/monitor/PreferenceKeys.h"
@@ -45,13 +46,30 @@ TokenExpiry expiryFrom(const RequestResult<TokenInfoResponse>& answer) {
     return TokenExpiry::at(dateFromMilliseconds(*answer->token.expiresAt));
 }
 
+// The waits between account checks that failed for a reason that can pass.
+std::chrono::milliseconds retryDelay(int attempt) {
+    using namespace std::chrono_literals;
+    constexpr std::array delays{5s, 10s, 30s, 60s};
+    return delays[std::min<std::size_t>(attempt, delays.size() - 1)];
+}
+
 } // namespace
 
 QCoro::Task<> AppState::connect(QString token) {
+    cancelRetry();
+    retryAttempt_ = 0;
+    co_await checkAccount(std::move(token));
+}
+
+QCoro::Task<> AppState::checkAccount(QString token) {
     QPointer<AppState> self(this);
-    // A check still on the network when the token is removed changes nothing.
+    // A check still on the network when the token is removed, or when a newer check started,
+    // changes nothing: the newest check wins.
     const quint64 generation = generation_;
-    auto abandoned = [&] { return !self || self->generation_ != generation; };
+    const quint64 check = ++checks_;
+    auto abandoned = [&] {
+        return !self || self->generation_ != generation || self->checks_ != check;
+    };
     setConnection(Connection::checking());
     const VercelAPI client = makeApi(token);
 
@@ -61,15 +79,20 @@ QCoro::Task<> AppState::connect(QString token) {
         co_return;
     if (!user) {
         api_.reset();
-        setConnection(Connection::failed(user.error().message()));
+        if (user.error().canPass())
+            scheduleRetry(token, user.error());
+        else
+            setConnection(Connection::failed(user.error().message()));
         co_return;
     }
+    retryAttempt_ = 0;
     const RequestResult<TeamsResponse> teams =
         co_await client.get<TeamsResponse>(QStringLiteral("/v2/teams"), limit100);
     if (abandoned())
         co_return;
 
     api_ = client;
+    lastAnswers_.clear();
     scopes_ = scopesFor(user->user, teams ? teams->teams : QList<VercelTeam>());
     setConnection(Connection::connected(user->user.username));
     setLastError(std::nullopt);
@@ -146,15 +169,56 @@ QCoro::Task<> AppState::saveToken(QString raw) {
     co_await connect(token);
 }
 
+void AppState::scheduleRetry(const QString& token, const RequestError& error) {
+    const std::chrono::milliseconds delay = retryDelay(retryAttempt_++);
+    setConnection(
+        Connection::retrying(error.message(), services_.clock.now().addMSecs(delay.count())));
+    cancelRetry();
+    retryTask_ = std::make_shared<Cancellation>();
+    if (services_.network)
+        services_.network->watch();
+    runRetry(QPointer<AppState>(this), retryTask_, token, delay);
+}
+
+QString AppState::connectionMessage() const {
+    if (connection_.kind != Connection::Kind::retrying)
+        return connection_.detail;
+    const double wait = services_.clock.now().msecsTo(connection_.retryAt) / 1000.0;
+    return connection_.detail + QLatin1Char(' ') +
+           Language::text("Trying again in %1.", "Nouvel essai dans %1.")
+               .arg(durationText(std::max(wait, 0.0)));
+}
+
+void AppState::cancelRetry() {
+    if (retryTask_)
+        retryTask_->cancel();
+    retryTask_.reset();
+}
+
+// Waits for the next attempt, or less when the desktop says the network came up.
+QCoro::Task<> AppState::runRetry(QPointer<AppState> self, std::shared_ptr<Cancellation> token,
+                                 QString apiToken, std::chrono::milliseconds delay) {
+    auto wake = std::make_shared<Cancellation>();
+    QObject::connect(token.get(), &Cancellation::cancelled, wake.get(), &Cancellation::cancel);
+    if (NetworkWatch* network = self->services_.network)
+        QObject::connect(network, &NetworkWatch::cameOnline, wake.get(), &Cancellation::cancel);
+    co_await self->clock().sleep(delay, wake);
+    if (!self || token->isCancelled())
+        co_return;
+    co_await self->checkAccount(std::move(apiToken));
+}
+
 void AppState::removeToken() {
     if (isDemo_)
         return;
     services_.keychain.deleteToken();
+    cancelRetry();
     cancelLoop();
     ++generation_;
     setRefreshing(false);
     api_.reset();
     scopes_.clear();
+    lastAnswers_.clear();
     keychainMode_.reset();
     tokenExpiry_ = TokenExpiry::unknown();
     snapshots_.clear();

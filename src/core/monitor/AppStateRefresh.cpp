@@ -11,6 +11,12 @@ namespace {
 
 const VercelAPI::Query limit100{{QStringLiteral("limit"), QStringLiteral("100")}};
 
+// Team ids and user names never collide with each other's prefix.
+QString scopeKey(const Scope& scope) {
+    return scope.teamId ? QStringLiteral("team:") + *scope.teamId
+                        : QStringLiteral("user:") + scope.slug;
+}
+
 // Local midnight of the day `now` falls in.
 QDateTime startOfDay(const QDateTime& now) {
     return now.toLocalTime().date().startOfDay();
@@ -42,6 +48,7 @@ QCoro::Task<> AppState::refresh() {
     PassAccumulator pass(availableProjects_);
 
     for (const Scope& scope : scopes) {
+        const QString key = scopeKey(scope);
         const VercelAPI::Query query = VercelAPI::withTeam(scope.teamId, limit100);
         const auto projects =
             co_await client.get<ProjectsResponse>(QStringLiteral("/v9/projects"), query);
@@ -50,8 +57,11 @@ QCoro::Task<> AppState::refresh() {
         if (!projects) {
             if (handlePassError(projects.error()))
                 co_return;
+            pass.addProjects(lastAnswers_.value(key).projects);
+            pass.addDeployments(scope.slug, lastAnswers_.value(key).deployments);
             continue;
         }
+        lastAnswers_[key].projects = projects->projects;
         pass.addProjects(projects->projects);
 
         const auto deployments =
@@ -61,8 +71,10 @@ QCoro::Task<> AppState::refresh() {
         if (!deployments) {
             if (handlePassError(deployments.error()))
                 co_return;
+            pass.addDeployments(scope.slug, lastAnswers_.value(key).deployments);
             continue;
         }
+        lastAnswers_[key].deployments = deployments->deployments;
         pass.addDeployments(scope.slug, deployments->deployments);
     }
 

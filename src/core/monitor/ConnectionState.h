@@ -6,14 +6,22 @@
 
 // The link to the Vercel account.
 struct Connection {
-    enum class Kind { connected, failed, noToken, checking };
+    // `retrying`: the account check failed for a reason that can pass (no network, a server
+    // error) and runs again by itself at `retryAt`.
+    enum class Kind { connected, failed, noToken, checking, retrying };
     Kind kind = Kind::noToken;
-    QString detail; // account name when connected, message when failed
+    QString detail;    // account name when connected, why it failed when failed or retrying
+    QDateTime retryAt; // only for `retrying`
 
-    static Connection connected(QString account) { return {Kind::connected, std::move(account)}; }
-    static Connection failed(QString message) { return {Kind::failed, std::move(message)}; }
-    static Connection noToken() { return {Kind::noToken, {}}; }
-    static Connection checking() { return {Kind::checking, {}}; }
+    static Connection connected(QString account) {
+        return {Kind::connected, std::move(account), {}};
+    }
+    static Connection failed(QString message) { return {Kind::failed, std::move(message), {}}; }
+    static Connection noToken() { return {Kind::noToken, {}, {}}; }
+    static Connection checking() { return {Kind::checking, {}, {}}; }
+    static Connection retrying(QString message, QDateTime at) {
+        return {Kind::retrying, std::move(message), std::move(at)};
+    }
 
     bool isConnected() const { return kind == Kind::connected; }
     friend bool operator==(const Connection&, const Connection&) = default;

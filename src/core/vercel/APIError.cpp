@@ -26,3 +26,19 @@ QString RequestError::message() const {
         return api->errorDescription();
     return transportError()->description;
 }
+
+bool RequestError::canPass() const {
+    const APIError* api = apiError();
+    if (api == nullptr)
+        return true;
+    switch (api->kind()) {
+    case APIError::Kind::rateLimited:
+        return true;
+    case APIError::Kind::http:
+        return api->status() >= 500 || api->status() == 408;
+    case APIError::Kind::unauthorized:
+    case APIError::Kind::badResponse:
+        return false;
+    }
+    Q_UNREACHABLE();
+}

@@ -46,6 +46,9 @@ public:
     bool isUnauthorized() const {
         return apiError() != nullptr && apiError()->kind() == APIError::Kind::unauthorized;
     }
+    // True for what can pass by itself: no network, a refused or cut connection, a timeout, a
+    // rate limit or a server error. A rejected token or an unreadable answer stays as it is.
+    bool canPass() const;
     QString message() const;
 
 private:

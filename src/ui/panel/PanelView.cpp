@@ -117,6 +117,7 @@ PanelView::Body PanelView::bodyFor(const Connection& connection, bool hasSnapsho
                                    bool hasLoadedOnce) {
     switch (connection.kind) {
     case Connection::Kind::failed:
+    case Connection::Kind::retrying:
         return Body::failed;
     case Connection::Kind::checking:
         return Body::checking;
@@ -253,7 +254,7 @@ void PanelView::redraw() {
         for (const ProjectSnapshot& snap : state_.snapshots())
             ids << snap.id;
     const QString languageKey = Language::text("en", "fr");
-    const QString detail = state_.connection().detail;
+    const QString detail = state_.connectionMessage();
     if (!bodyWidget_ || body != body_ || ids != rowIds_ || languageKey != builtLanguageKey_ ||
         (body == Body::failed && detail != builtDetail_)) {
         body_ = body;
@@ -342,9 +343,8 @@ void PanelView::rebuildBody() {
     bodyButton_ = nullptr;
     switch (body_) {
     case Body::failed:
-        bodyWidget_ = makeCard(QStringLiteral("exclamationmark.triangle"),
-                               Language::text("Connection failed", "Connexion impossible"),
-                               state_.connection().detail,
+        bodyWidget_ = makeCard(QStringLiteral("exclamationmark.triangle"), state_.statusSummary(),
+                               state_.connectionMessage(),
                                Language::text("Check token", "Vérifier le jeton"));
         break;
     case Body::checking:

@@ -239,6 +239,9 @@ void VercelSettings::refreshStatus() {
     case Connection::Kind::failed:
         status_->set(QStringLiteral("xmark.circle.fill"), palette_.error(), connection.detail);
         break;
+    case Connection::Kind::retrying:
+        status_->set(QStringLiteral("arrow.clockwise"), secondary, state_.connectionMessage());
+        break;
     case Connection::Kind::noToken:
         status_->set(QStringLiteral("circle.dashed"), secondary,
                      Language::text("No token saved", "Aucun jeton enregistré"));
