@@ -39,11 +39,18 @@ bool XdgAutostart::isEnabled() const {
     QFile file(entryPath());
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return false;
-    // A user who switched the entry off in the desktop's own settings gets Hidden=true.
+    // A desktop's own settings switch the entry off with Hidden=true (the XDG rule) or, on GNOME,
+    // Cinnamon and XFCE, with X-GNOME-Autostart-enabled=false.
     QTextStream in(&file);
     while (!in.atEnd()) {
-        const QString line = in.readLine().trimmed();
-        if (line.compare(QLatin1String("Hidden=true"), Qt::CaseInsensitive) == 0)
+        const QString line = in.readLine();
+        const qsizetype equals = line.indexOf(QLatin1Char('='));
+        if (equals < 0)
+            continue;
+        const QString key = line.left(equals).trimmed();
+        const QString value = line.mid(equals + 1).trimmed();
+        if ((key == QLatin1String("Hidden") && value == QLatin1String("true")) ||
+            (key == QLatin1String("X-GNOME-Autostart-enabled") && value == QLatin1String("false")))
             return false;
     }
     return true;

@@ -15,6 +15,7 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), servic
 
 AppState::~AppState() {
     services_.notifications.setReportHandler(nullptr);
+    cancelRetry();
     cancelLoop();
 }
 

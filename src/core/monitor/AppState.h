@@ -177,6 +177,7 @@ private:
     void startDemo();
     std::chrono::milliseconds pauseAfterPass() const;
     static QCoro::Task<> runDemoTicks(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
+    QCoro::Task<> passFinished(std::shared_ptr<Cancellation> token);
     static QCoro::Task<> runLoop(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
 
     Services services_;

@@ -5,6 +5,8 @@
 #include "core/monitor/PassAccumulator.h"
 #include "core/monitor/SlowBuildCheck.h"
 
+#include <QCoro/QCoroSignal>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -109,9 +111,25 @@ void AppState::cancelLoop() {
     loopTask_.reset();
 }
 
+// A pass started elsewhere (the first listing starts one, so does a preference) makes the loop's
+// own call return at once; the pause is chosen from what that pass publishes, not from before it.
+QCoro::Task<> AppState::passFinished(std::shared_ptr<Cancellation> token) {
+    if (!isRefreshing_ || token->isCancelled())
+        co_return;
+    Cancellation done;
+    QObject::connect(this, &AppState::refreshingChanged, &done, [this, &done] {
+        if (!isRefreshing_)
+            done.cancel();
+    });
+    QObject::connect(token.get(), &Cancellation::cancelled, &done, &Cancellation::cancel);
+    co_await qCoro(&done, &Cancellation::cancelled);
+}
+
 QCoro::Task<> AppState::runLoop(QPointer<AppState> self, std::shared_ptr<Cancellation> token) {
     while (self && !token->isCancelled()) {
         co_await self->refresh();
+        if (self)
+            co_await self->passFinished(token);
         if (!self || token->isCancelled())
             co_return;
         Clock& clock = self->clock();

@@ -173,4 +173,16 @@ TEST_F(RecoveryTest, FlakyScopesKeepTheirLastAnswerAndTheCountHolds) {
     EXPECT_EQ(picture(), "p_api=a3/60 p_web=w2/60 today 5");
 }
 
+// The first listing starts a pass of its own; the loop that starts right after waits for it and
+// takes its pause from what it found: a queued build is polled 8 s later, not after the interval.
+TEST_F(RecoveryTest, FirstConnectPollsAQueuedBuildEightSecondsLater) {
+    account.addProject("", "p_web", "web");
+    account.addDeployment("", FakeVercelAccount::deployment("q1", "p_web", "QUEUED", at(0)));
+    AppState& s = connected();
+    ASSERT_TRUE(sleepsRequested(1));
+    EXPECT_EQ(s.snapshots()[0].status(), DeployStatus::queued);
+    EXPECT_EQ(clock.requestedSleeps().first(), 8s);
+    EXPECT_EQ(account.requestCount("/v6/deployments"), 1);
+}
+
 } // namespace
