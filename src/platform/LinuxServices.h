@@ -4,6 +4,7 @@
 #include "core/monitor/AppState.h"
 #include "platform/FreedesktopNotifier.h"
 #include "platform/LibsecretBackend.h"
+#include "platform/LogindSleepWatch.h"
 #include "platform/NetworkReachability.h"
 #include "platform/XdgAutostart.h"
 
@@ -21,6 +22,7 @@ public:
     XdgAutostart loginItem;
     FreedesktopNotifier notifications;
     SystemClock clock;
+    LogindSleepWatch sleepWatch{QDBusConnection::systemBus(), [this] { clock.resumed(); }};
     NetworkReachability network;
 
 private:

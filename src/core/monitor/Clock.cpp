@@ -3,10 +3,6 @@
 #include <QCoro/QCoroSignal>
 #include <QTimer>
 
-QDateTime SystemClock::now() const {
-    return QDateTime::currentDateTime();
-}
-
 // Waits on a signal without arguments: QTimer::timeout carries a private tag that QCoro would
 // bind through a null reference. The timer and a cancellation both end the wait at once.
 QCoro::Task<> SystemClock::sleep(std::chrono::milliseconds duration,
@@ -20,6 +16,14 @@ QCoro::Task<> SystemClock::sleep(std::chrono::milliseconds duration,
     QObject::connect(&timer, &QTimer::timeout, &due, &Cancellation::cancel);
     if (cancellation)
         QObject::connect(cancellation.get(), &Cancellation::cancelled, &due, &Cancellation::cancel);
+    const QDateTime wake = now().addMSecs(duration.count());
+    QObject::connect(this, &SystemClock::wokeUp, &due, [this, wake, &timer, &due] {
+        const qint64 left = now().msecsTo(wake);
+        if (left <= 0)
+            due.cancel();
+        else
+            timer.start(std::chrono::milliseconds(left));
+    });
     timer.start(duration);
     co_await qCoro(&due, &Cancellation::cancelled);
 }

@@ -35,10 +35,24 @@ public:
                                 std::shared_ptr<Cancellation> cancellation) = 0;
 };
 
-// The real clock: QDateTime::currentDateTime and a Qt timer.
-class SystemClock final : public Clock {
+// The real clock: wall time, and Qt timers for the sleeps. Qt's timers run on the monotonic clock,
+// which stops while the computer is suspended; `resumed` (called when the system reports a
+// resume) ends the sleeps whose time passed meanwhile and shortens the others to what is left,
+// so a pass is never late by the length of a suspend.
+class SystemClock final : public QObject, public Clock {
+    Q_OBJECT
 public:
-    QDateTime now() const override;
+    using WallTime = QDateTime (*)();
+    explicit SystemClock(WallTime wallTime = &QDateTime::currentDateTime) : wallTime_(wallTime) {}
+
+    QDateTime now() const override { return wallTime_(); }
     QCoro::Task<> sleep(std::chrono::milliseconds duration,
                         std::shared_ptr<Cancellation> cancellation) override;
+    void resumed() { Q_EMIT wokeUp(); }
+
+Q_SIGNALS:
+    void wokeUp();
+
+private:
+    WallTime wallTime_;
 };
