@@ -8,6 +8,7 @@
 
 AppState::AppState(Services services, QObject* parent) : QObject(parent), services_(services) {
     readPreferences();
+    qtTranslation_.follow(Language::isFrench(services_.preferences, Language::systemLanguages()));
     services_.notifications.setReportHandler(
         [this](const QString& deploymentID) { copyReportFromNotification(deploymentID); });
     QObject::connect(&pause_, &NotificationPause::changed, this, &AppState::changed);
@@ -105,6 +106,7 @@ void AppState::setCountProductionOnly(bool on) {
 void AppState::setLanguage(const QString& language) {
     language_ = language;
     services_.preferences.setString(PreferenceKeys::appLanguage, language);
+    qtTranslation_.follow(Language::isFrench(services_.preferences, Language::systemLanguages()));
     announcePreferences();
 }
 

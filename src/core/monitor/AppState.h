@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/common/QtTranslation.h"
 #include "core/keychain/KeychainMode.h"
 #include "core/monitor/Clock.h"
 #include "core/monitor/ConnectionState.h"
@@ -224,4 +225,5 @@ private:
     QSet<QString> slowWarned_;
     NotificationPause pause_{services_.clock, services_.notifications};
     std::optional<Tone> previewTone_;
+    QtTranslation qtTranslation_;
 };

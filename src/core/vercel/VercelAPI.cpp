@@ -28,21 +28,46 @@ bool isTransportFailure(QNetworkReply::NetworkError error) {
            error <= QNetworkReply::UnknownProxyError;
 }
 
-// Qt's own texts are English only and terse ("Connection closed"); the failures a user meets
-// most get a sentence of ours in both languages.
+struct TransportSentence {
+    QNetworkReply::NetworkError code;
+    const char* english;
+    const char* french;
+};
+
+// Qt's own texts are terse ("Connection closed") and follow Qt's translation; the failures a
+// user meets most get a sentence of ours in both languages.
+constexpr TransportSentence kTransportSentences[] = {
+    {QNetworkReply::ConnectionRefusedError, "Could not connect to Vercel (connection refused).",
+     "Impossible de se connecter à Vercel (connexion refusée)."},
+    {QNetworkReply::RemoteHostClosedError,
+     "The connection to Vercel was cut off before the answer ended.",
+     "La connexion à Vercel a été coupée avant la fin de la réponse."},
+    {QNetworkReply::HostNotFoundError,
+     "Vercel's server could not be found. Check the network connection.",
+     "Le serveur de Vercel est introuvable. Vérifiez la connexion au réseau."},
+    {QNetworkReply::TemporaryNetworkFailureError, "The network is unreachable.",
+     "Le réseau est inaccessible."},
+    {QNetworkReply::NetworkSessionFailedError, "The network is unreachable.",
+     "Le réseau est inaccessible."},
+    {QNetworkReply::SslHandshakeFailedError,
+     "No secure connection to Vercel could be made (TLS handshake failed).",
+     "Aucune connexion sécurisée avec Vercel n'a pu être établie (échec de la négociation TLS)."},
+};
+
 TransportError transportError(const QNetworkReply& reply) {
-    if (isTimeout(reply.error()))
+    const QNetworkReply::NetworkError code = reply.error();
+    if (isTimeout(code))
         return {QNetworkReply::TimeoutError, Language::text("The request to Vercel timed out.",
                                                             "La requête vers Vercel a expiré.")};
-    if (reply.error() == QNetworkReply::ConnectionRefusedError)
-        return {reply.error(), Language::text("Could not connect to Vercel (connection refused).",
-                                              "Impossible de se connecter à Vercel (connexion "
-                                              "refusée).")};
-    if (reply.error() == QNetworkReply::RemoteHostClosedError)
-        return {reply.error(),
-                Language::text("The connection to Vercel was cut off before the answer ended.",
-                               "La connexion à Vercel a été coupée avant la fin de la réponse.")};
-    return {reply.error(), reply.errorString()};
+    for (const TransportSentence& sentence : kTransportSentences) {
+        if (sentence.code == code)
+            return {code, Language::text(sentence.english, sentence.french)};
+    }
+    if (code >= QNetworkReply::ProxyConnectionRefusedError &&
+        code <= QNetworkReply::UnknownProxyError)
+        return {code, Language::text("The proxy did not pass the request on to Vercel.",
+                                     "Le proxy n'a pas transmis la requête à Vercel.")};
+    return {code, reply.errorString()};
 }
 
 bool isHttp(const QUrl& url) {
