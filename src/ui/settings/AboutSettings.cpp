@@ -58,8 +58,10 @@ AboutSettings::AboutSettings(const StatusPalette& palette, QWidget* parent) : QW
                    this);
     links_->setTextFormat(Qt::RichText);
     links_->setOpenExternalLinks(true);
-    for (QLabel* label : {title_, version_, tagline_})
-        root->addWidget(label, 0, Qt::AlignHCenter);
+    root->addWidget(title_, 0, Qt::AlignHCenter);
+    root->addWidget(version_, 0, Qt::AlignHCenter);
+    // The full width, so the wrapped sentence is never narrower than its own words.
+    root->addWidget(tagline_);
     root->addSpacing(12);
     root->addWidget(links_, 0, Qt::AlignHCenter);
     root->addStretch(1);

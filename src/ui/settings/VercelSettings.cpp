@@ -15,6 +15,7 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -192,7 +193,10 @@ QString VercelSettings::expiryText(const TokenExpiry& expiry) {
         QLocale locale;
         if (Language::isFrench() != (locale.language() == QLocale::French))
             locale = QLocale(Language::isFrench() ? QLocale::French : QLocale::English);
-        const QString date = locale.toString(expiry.date.toLocalTime().date(), QLocale::LongFormat);
+        // The long date without its weekday: "24 November 2026", "November 24, 2026".
+        QString format = locale.dateFormat(QLocale::LongFormat);
+        format.remove(QRegularExpression(QStringLiteral("d{4}[,.]?\\s*")));
+        const QString date = locale.toString(expiry.date.toLocalTime().date(), format.trimmed());
         return Language::text("Warning: Vercel will disable this token on %1. Create a new one "
                               "with “No Expiration” so you never have to paste it again.",
                               "Attention : Vercel désactivera ce jeton le %1. Créez-en un "
