@@ -35,6 +35,8 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
         connect(&state_, signal, this, &QuillonApp::buildMenu, Qt::QueuedConnection);
     connect(&state_.notificationPause(), &NotificationPause::changed, this, &QuillonApp::buildMenu,
             Qt::QueuedConnection);
+    connect(&updater_, &UpdateService::resultChanged, this, &QuillonApp::buildMenu,
+            Qt::QueuedConnection);
     updater_.start(Preferences::standard());
     tray_.systemTrayIcon().setContextMenu(&menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
@@ -80,6 +82,11 @@ void QuillonApp::buildMenu() {
     connect(test, &QAction::triggered, &preview_, &ColorPreview::previewColors);
     connect(&preview_, &ColorPreview::previewingChanged, test,
             [test](bool previewing) { test->setEnabled(!previewing); });
+    if (const std::optional<QUrl> page = updater_.downloadPage()) {
+        QAction* update =
+            menu_.addAction(Language::text("Update available…", "Mise à jour disponible…"));
+        connect(update, &QAction::triggered, this, [page] { openUrl(*page); });
+    }
     menu_.addSeparator();
     QAction* quit = menu_.addAction(Language::text("Quit", "Quitter"));
     connect(quit, &QAction::triggered, qApp, &QCoreApplication::quit);

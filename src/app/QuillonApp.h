@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/GuiClipboard.h"
+#include "core/common/Preferences.h"
 #include "core/monitor/AppState.h"
 #include "demo/DemoHotKeys.h"
 #include "platform/LinuxServices.h"
@@ -10,6 +11,7 @@
 #include "ui/status/TrayIcon.h"
 
 #include "core/update/AppcastUpdater.h"
+#include "core/update/UpdateAnnouncer.h"
 
 #include <QMenu>
 #include <QObject>
@@ -58,6 +60,7 @@ private:
     std::unique_ptr<PanelView> panel_;
     std::unique_ptr<SettingsWindow> settings_; // created on first use
     AppcastUpdater updater_;
+    UpdateAnnouncer announcer_{updater_, services_.notifications, Preferences::standard()};
     std::unique_ptr<DemoHotKeys> hotKeys_; // demo mode only
     // Where the tray icon was last clicked: the anchor when the tray does not tell its geometry.
     std::optional<QPoint> lastClick_;

@@ -140,3 +140,9 @@ std::optional<QUrl> AppcastUpdater::downloadPage() const {
         return std::nullopt;
     return page_;
 }
+
+std::optional<QString> AppcastUpdater::newerVersion() const {
+    if (found_ != Found::newer)
+        return std::nullopt;
+    return version_;
+}

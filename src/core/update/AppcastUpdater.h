@@ -50,6 +50,7 @@ public:
     bool isChecking() const override { return checking_; }
     QString resultText() const override;
     std::optional<QUrl> downloadPage() const override;
+    std::optional<QString> newerVersion() const override;
 
 private:
     enum class Found { nothing, newer, upToDate, failed };

@@ -22,6 +22,8 @@ public:
     virtual QString resultText() const = 0;
     // The download page of a newer version, when the last check found one.
     virtual std::optional<QUrl> downloadPage() const = 0;
+    // That newer version ("1.2.0"), when the last check found one.
+    virtual std::optional<QString> newerVersion() const { return std::nullopt; }
 
 Q_SIGNALS:
     void resultChanged();

@@ -1,5 +1,7 @@
 #include "core/update/AppcastUpdater.h"
 #include "core/common/Language.h"
+#include "core/update/UpdateAnnouncer.h"
+#include "support/FakeServices.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/ManualClock.h"
 #include "support/QtPrinters.h"
@@ -161,4 +163,31 @@ TEST(AppcastFeed, ComesFromTheBuildOrASafeOverride) {
     refused.checkForUpdates();
     ASSERT_TRUE(waitUntil([&refused] { return !refused.isChecking(); }));
     EXPECT_EQ(refused.resultText(), "Could not check for updates: no feed here.");
+}
+
+// A newer version is told once, whichever check found it, and not again after a restart; the
+// notification's click opens the download page.
+TEST_F(UpdaterFixture, ANewerVersionIsToldOncePerVersion) {
+    TempPreferences prefs;
+    RecordingNotifications notifications;
+    auto announcer = std::make_unique<UpdateAnnouncer>(updater, notifications, *prefs);
+    serve(xml(appcast("1.4")));
+    check();
+    EXPECT_TRUE(notifications.posted.isEmpty()); // up to date
+    serve(xml(appcast("1.10")));
+    check();
+    check();
+    ASSERT_EQ(notifications.posted.size(), 1);
+    EXPECT_EQ(notifications.posted[0].title, "Quillon 1.10 is available");
+    EXPECT_EQ(notifications.posted[0].url, QUrl("https://fernhollow.com/quillon/1.10"));
+
+    announcer = std::make_unique<UpdateAnnouncer>(updater, notifications, *prefs); // a restart
+    check();
+    serve(Response::vercelError(500, "internal", "x"));
+    check();
+    EXPECT_EQ(notifications.posted.size(), 1);
+    serve(xml(appcast("1.11")));
+    check();
+    ASSERT_EQ(notifications.posted.size(), 2);
+    EXPECT_EQ(notifications.posted[1].title, "Quillon 1.11 is available");
 }
