@@ -68,14 +68,21 @@ TEST_F(VercelSettingsTest, ReturnOnABlankFieldOnlyClearsIt) {
 }
 
 TEST_F(VercelSettingsTest, ExpiryRowFollowsWhatVercelSaysOfTheToken) {
-    account.token.insert("expiresAt", 1'798'761'600'000.0); // 2027-01-01 00:00 UTC
+    const QLocale system;
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
+    account.token.insert("expiresAt", 1'798'804'800'000.0); // Friday 2027-01-01 12:00 UTC
     connectAccount();
-    const QDateTime expiry = QDateTime::fromMSecsSinceEpoch(1'798'761'600'000, Qt::UTC);
     ASSERT_TRUE(shown(view.expiryRow()));
     EXPECT_EQ(view.expiryRow()->symbol(), "exclamationmark.triangle.fill");
+    // The long date of the user's locale, without the weekday.
     EXPECT_TRUE(view.expiryRow()->text().startsWith(
-        "Warning: Vercel will disable this token on " +
-        QLocale().toString(expiry.toLocalTime().date(), QLocale::LongFormat) + ". "));
+        "Warning: Vercel will disable this token on 1 January 2027. "))
+        << view.expiryRow()->text().toStdString();
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    const TokenExpiry expiry =
+        TokenExpiry::at(QDateTime::fromMSecsSinceEpoch(1'798'804'800'000, Qt::UTC));
+    EXPECT_TRUE(VercelSettings::expiryText(expiry).contains(" on January 1, 2027. "));
+    QLocale::setDefault(system);
 
     account.token.insert("expiresAt", QJsonValue());
     QCoro::waitFor(state.connect(QStringLiteral("tok_secret_123")));
