@@ -85,7 +85,13 @@ int showStatus(KeychainStore& store) {
 }
 
 int removeToken(KeychainStore& store) {
-    store.deleteToken();
+    if (const std::optional<KeychainError> kept = store.deleteToken()) {
+        cliErr() << kept->errorDescription() << ' '
+                 << Language::text("The token kept there will not be used again.",
+                                   "Le jeton qui y est conservé ne sera plus utilisé.")
+                 << '\n';
+        return 1;
+    }
     cliOut() << Language::text("Token removed.", "Jeton supprimé.") << '\n';
     return 0;
 }

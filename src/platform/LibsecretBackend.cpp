@@ -50,8 +50,10 @@ template <typename T> struct Answer {
 
 // Runs one call, then its finish function (which takes the result and an error location).
 template <typename Finish>
-auto finishCall(SecretServiceSession& session, const GlibAsyncRunner::Start& start, Finish finish) {
-    const GObjectPtr<GAsyncResult> result = session.call(start);
+auto finishCall(SecretServiceSession& session, const GlibAsyncRunner::Start& start, Finish finish,
+                GObjectPtr<GAsyncResult> (SecretServiceSession::*call)(
+                    const GlibAsyncRunner::Start&) = &SecretServiceSession::call) {
+    const GObjectPtr<GAsyncResult> result = (session.*call)(start);
     GError* raw = nullptr;
     using Value = decltype(finish(result.get(), &raw));
     Answer<Value> answer{result ? finish(result.get(), &raw) : Value{}, std::nullopt};
@@ -74,9 +76,29 @@ SecretFailure lockedCollection() {
             Language::text("The keyring is locked.", "Le trousseau est verrouillé.")};
 }
 
-// The collection a copy goes to, looked up without unlocking or creating it: either would prompt
-// for a password, which a tray must not wait on. A locked or missing login keyring leaves the
-// token in the session collection only.
+// Asks the Secret Service to unlock `objects` (collections or items); the desktop shows its own
+// password prompt. Only for what the user just asked for (a token pasted or removed): answers the
+// failure when anything stays locked.
+std::optional<SecretFailure> unlock(SecretServiceSession& session, SecretService* service,
+                                    GList* objects) {
+    const guint wanted = g_list_length(objects);
+    auto unlocked = finishCall(
+        session,
+        [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
+            secret_service_unlock(service, objects, cancellable, done, context);
+        },
+        [&](GAsyncResult* result, GError** error) {
+            return secret_service_unlock_finish(service, result, nullptr, error);
+        },
+        &SecretServiceSession::promptingCall);
+    if (unlocked.failure || unlocked.value < gint(wanted))
+        return lockedCollection();
+    return std::nullopt;
+}
+
+// The collection a copy goes to, looked up without creating it (that would prompt for a new
+// password). A locked login keyring is asked to unlock; a missing one, or one that stays locked,
+// leaves the token in the session collection only.
 Expected<GObjectPtr<SecretCollection>, SecretFailure>
 writableCollection(SecretServiceSession& session, SecretService* service, KeychainMode copy) {
     auto found = finishCall(
@@ -93,8 +115,11 @@ writableCollection(SecretServiceSession& session, SecretService* service, Keycha
         return *found.failure;
     if (!collection)
         return missingCollection(copy);
-    if (secret_collection_get_locked(collection.get()))
-        return lockedCollection();
+    if (secret_collection_get_locked(collection.get())) {
+        GList objects{collection.get(), nullptr, nullptr};
+        if (auto failure = unlock(session, service, &objects))
+            return *failure;
+    }
     return collection;
 }
 
@@ -121,6 +146,33 @@ std::optional<SecretFailure> createItem(SecretServiceSession& session, SecretCol
                              Language::text("The keyring refused to store the token.",
                                             "Le trousseau a refusé d'enregistrer le jeton.")};
     return std::nullopt;
+}
+
+// Unlocks the items matching `attributes` that are locked, if any.
+std::optional<SecretFailure> unlockItems(SecretServiceSession& session, SecretService* service,
+                                         GHashTable* attributes) {
+    auto searched = finishCall(
+        session,
+        [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {
+            secret_service_search(service, &kSchema, attributes, SECRET_SEARCH_ALL, cancellable,
+                                  done, context);
+        },
+        [&](GAsyncResult* result, GError** error) {
+            return secret_service_search_finish(service, result, error);
+        });
+    const GObjectListPtr items(searched.value);
+    if (searched.failure)
+        return searched.failure;
+    GList* locked = nullptr;
+    for (GList* item = items.get(); item; item = item->next) {
+        if (secret_item_get_locked(SECRET_ITEM(item->data)))
+            locked = g_list_prepend(locked, item->data);
+    }
+    if (!locked)
+        return std::nullopt;
+    std::optional<SecretFailure> failure = unlock(session, service, locked);
+    g_list_free(locked);
+    return failure;
 }
 
 // Holds the Secret Service for the length of one backend call.
@@ -164,6 +216,9 @@ int LibsecretBackend::deleteItems(KeychainMode copy) {
         return fail(use.service().error());
     SecretService* service = *use.service();
     const GHashTablePtr attributes = itemAttributes(copy);
+    // Clearing skips locked items: those are unlocked first, or the copy stays and says why.
+    if (const auto failure = unlockItems(*session_, service, attributes.get()))
+        return fail(*failure);
     auto cleared = finishCall(
         *session_,
         [&](GCancellable* cancellable, GAsyncReadyCallback done, gpointer context) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/common/Preferences.h"
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
 #include "platform/FreedesktopNotifier.h"
@@ -18,7 +19,7 @@ public:
     AppState::Services services(const QUrl& apiBase);
 
     LibsecretBackend secrets;
-    KeychainStore keychain{secrets};
+    KeychainStore keychain{secrets, &Preferences::standard()};
     XdgAutostart loginItem;
     FreedesktopNotifier notifications;
     SystemClock clock;

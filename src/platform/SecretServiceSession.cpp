@@ -11,6 +11,7 @@ using namespace std::chrono_literals;
 // stuck one recovers in seconds.
 constexpr std::chrono::milliseconds kOpenTimeout = 5s;
 constexpr std::chrono::milliseconds kCallTimeout = 5s;
+constexpr std::chrono::milliseconds kPromptTimeout = 60s;
 constexpr std::chrono::milliseconds kQuietPeriod = 10s;
 
 QString messageOf(GError* error) {
@@ -115,6 +116,10 @@ Expected<SecretService*, SecretFailure> SecretServiceSession::service() {
 
 GObjectPtr<GAsyncResult> SecretServiceSession::call(const GlibAsyncRunner::Start& start) {
     return runner_.run(start, kCallTimeout);
+}
+
+GObjectPtr<GAsyncResult> SecretServiceSession::promptingCall(const GlibAsyncRunner::Start& start) {
+    return runner_.run(start, kPromptTimeout);
 }
 
 SecretFailure SecretServiceSession::failure(GError* error) {

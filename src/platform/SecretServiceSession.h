@@ -28,6 +28,9 @@ public:
     void release();
     // Runs one call against the service, bounded in time.
     GObjectPtr<GAsyncResult> call(const GlibAsyncRunner::Start& start);
+    // The same for a call that shows the desktop's password prompt: bounded by how long a
+    // person takes to answer it.
+    GObjectPtr<GAsyncResult> promptingCall(const GlibAsyncRunner::Start& start);
     // Classifies a failed call (no error: it never answered).
     SecretFailure failure(GError* error);
 

@@ -2,6 +2,7 @@
 #include "platform/LibsecretBackend.h"
 #include "core/keychain/KeychainStore.h"
 #include "platform/ScopedEnvironment.h"
+#include "support/TempPreferences.h"
 #include "support/desktop/PrivateSecretService.h"
 
 #include <gtest/gtest.h>
@@ -107,6 +108,32 @@ TEST_F(UnlockedKeyringTest, LockedLoginKeyringLeavesTheTokenLocalOnlyWithoutProm
     ASSERT_TRUE(mode);
     EXPECT_EQ(*mode, Mode::localOnly);
     EXPECT_EQ(store->loadToken()->token, "tok_after");
+}
+
+// A token replaced or removed while the login keyring is locked never comes back: the locked
+// copy is marked outdated, skipped, and deleted at the first start that finds it unlocked.
+TEST_F(UnlockedKeyringTest, LockedKeyringNeverBringsBackAReplacedOrRemovedToken) {
+    TempPreferences marks;
+    KeychainStore marked(*backend, &*marks);
+    ASSERT_TRUE(marked.storeToken(QStringLiteral("tok_old")));
+    ASSERT_TRUE(secrets.lockLoginKeyring());
+
+    EXPECT_EQ(marked.storeToken(QStringLiteral("tok_new")).value(), Mode::localOnly);
+    EXPECT_EQ(marked.loadToken()->token, "tok_new");
+    ASSERT_FALSE(secrets.relogin());
+    EXPECT_FALSE(marked.loadToken()); // the session's copy went with the session
+    EXPECT_TRUE(secrets.itemsIn("login", "synced").isEmpty());
+    EXPECT_FALSE(marks->contains(KeychainStore::outdatedKey));
+
+    ASSERT_TRUE(marked.storeToken(QStringLiteral("tok_kept")));
+    ASSERT_TRUE(secrets.lockLoginKeyring());
+    const std::optional<KeychainError> kept = marked.deleteToken();
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->errorDescription(), "Keyring error: The keyring is locked.");
+    EXPECT_FALSE(marked.loadToken());
+    ASSERT_FALSE(secrets.relogin());
+    EXPECT_FALSE(marked.loadToken());
+    EXPECT_TRUE(secrets.itemsIn("login", "synced").isEmpty());
 }
 
 class MissingLoginKeyringTest : public KeyringTest {

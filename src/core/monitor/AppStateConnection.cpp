@@ -211,7 +211,7 @@ QCoro::Task<> AppState::runRetry(QPointer<AppState> self, std::shared_ptr<Cancel
 void AppState::removeToken() {
     if (isDemo_)
         return;
-    services_.keychain.deleteToken();
+    const std::optional<KeychainError> kept = services_.keychain.deleteToken();
     cancelRetry();
     cancelLoop();
     ++generation_;
@@ -228,5 +228,13 @@ void AppState::removeToken() {
     Q_EMIT snapshotsChanged();
     Q_EMIT availableProjectsChanged();
     setConnection(Connection::noToken());
+    // A copy left in a keyring that stayed locked is marked outdated and never read again.
+    setLastError(
+        kept ? std::optional<QString>(kept->errorDescription() + QLatin1Char(' ') +
+                                      Language::text("Quillon will not use the token kept there "
+                                                     "again.",
+                                                     "Quillon n'utilisera plus le jeton qui y "
+                                                     "est conservé."))
+             : std::nullopt);
     Q_EMIT changed();
 }

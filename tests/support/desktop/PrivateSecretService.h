@@ -35,6 +35,12 @@ public:
 
     // See KeyringDaemon.
     bool lockLoginKeyring() { return keyring_.lockLoginKeyring(); }
+    // Logs out and in again: the keyring daemon restarts, the session collection is gone and the
+    // login keyring (kept in the home) is unlocked with its password.
+    std::optional<QString> relogin() {
+        keyring_.stop();
+        return keyring_.start(KeyringDaemon::Login::unlocked, environment(), connection());
+    }
     QStringList itemsIn(const QString& collection, const QString& copy) {
         return keyring_.itemsIn(collection, copy);
     }
