@@ -1,22 +1,27 @@
 #include "ui/panel/PanelView.h"
 
+#include "ui/panel/FooterButton.h"
+
 #include "core/common/Language.h"
 #include "core/common/TimeTexts.h"
 #include "core/monitor/AppState.h"
+#include "ui/common/Spinner.h"
 #include "ui/common/SymbolArt.h"
 #include "ui/panel/PrismHero.h"
 #include "ui/panel/ProjectRow.h"
 #include "ui/status/StatusPalette.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QHash>
 #include <QIcon>
 #include <QLabel>
 #include <QPainter>
 #include <QPainterPath>
-#include <QProgressBar>
 #include <QPushButton>
+#include <QRadialGradient>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QToolButton>
@@ -28,6 +33,7 @@ namespace {
 
 constexpr int spinStepMs = 30;
 constexpr double spinTurnMs = 900;
+constexpr int refreshSymbolPixels = 10;
 
 QString cssColor(const QColor& color) {
     return QStringLiteral("rgba(%1,%2,%3,%4)")
@@ -42,6 +48,42 @@ QPixmap symbolPixmap(const QString& symbol, const QColor& color, int size, doubl
     return SymbolArt::tinted(symbol, color, size, qApp->devicePixelRatio(), angle);
 }
 
+// The status dot: 6 px in the tone colour with a glow of the same colour (70 %, radius 3), as
+// an inline image so it sits in the line's text.
+QString glowingDotHtml(const QColor& color) {
+    static QHash<QRgb, QString> cache; // one per tone colour
+    const auto found = cache.constFind(color.rgba());
+    if (found != cache.constEnd())
+        return *found;
+    const double ratio = qApp->devicePixelRatio();
+    QImage image(QSize(12, 12) * ratio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QRadialGradient glow(QPointF(6, 6), 6);
+    QColor halo = color;
+    halo.setAlphaF(0.7);
+    glow.setColorAt(0.5, halo);
+    halo.setAlphaF(0);
+    glow.setColorAt(1, halo);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(glow);
+    painter.drawEllipse(QRectF(0, 0, 12, 12));
+    painter.setBrush(color);
+    painter.drawEllipse(QRectF(3, 3, 6, 6));
+    painter.end();
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    const QString html = QStringLiteral("<img src='data:image/png;base64,%1' width='12' "
+                                        "height='12' style='vertical-align: middle'>")
+                             .arg(QString::fromLatin1(png.toBase64()));
+    cache.insert(color.rgba(), html);
+    return html;
+}
+
 QFrame* rule(double opacity, int indent, QWidget* parent) {
     auto* holder = new QFrame(parent);
     holder->setFixedHeight(1);
@@ -54,12 +96,6 @@ QFrame* rule(double opacity, int indent, QWidget* parent) {
     layout->addWidget(line);
     return holder;
 }
-
-const QString footerButtonStyle = QStringLiteral(
-    "QToolButton { color: %1; background: transparent; border: none; border-radius: 14px;"
-    " padding: 5px 9px; font-size: 11px; }"
-    "QToolButton:hover { color: %2; background: rgba(255,255,255,0.16); }"
-    "QToolButton:pressed { color: rgba(255,255,255,0.45); }");
 
 } // namespace
 
@@ -97,10 +133,13 @@ PanelView::PanelView(AppState& state, StatusPalette& palette, QWidget* parent)
     connect(&footerTimer_, &QTimer::timeout, this, &PanelView::updateFooter);
     spinTimer_.setInterval(spinStepMs);
     connect(&spinTimer_, &QTimer::timeout, this, [this] {
-        spinAngle_ = std::fmod(spinAngle_ + 360.0 * spinStepMs / spinTurnMs, 360.0);
-        refresh_->setIcon(QIcon(symbolPixmap(QStringLiteral("arrow.clockwise"),
-                                             ProjectRow::secondaryText(), 14, spinAngle_)));
+        setRefreshAngle(std::fmod(spinAngle_ + 360.0 * spinStepMs / spinTurnMs, 360.0));
     });
+    // When the refresh ends the symbol finishes its turn and eases to rest.
+    spinSettle_.setDuration(350);
+    spinSettle_.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&spinSettle_, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant& angle) { setRefreshAngle(angle.toDouble()); });
 
     connect(&state_, &AppState::changed, this, &PanelView::redraw);
     connect(&state_, &AppState::connectionChanged, this, &PanelView::redraw);
@@ -186,11 +225,10 @@ void PanelView::buildHeader(QVBoxLayout* root) {
     refresh_ = new QToolButton(header);
     refresh_->setFixedSize(22, 22);
     refresh_->setAutoRaise(true);
-    refresh_->setIconSize(QSize(14, 14));
+    refresh_->setIconSize(QSize(refreshSymbolPixels, refreshSymbolPixels));
     refresh_->setStyleSheet(QStringLiteral("QToolButton { border: none; background: transparent; }"
                                            "QToolButton:hover { color: white; }"));
-    refresh_->setIcon(
-        QIcon(symbolPixmap(QStringLiteral("arrow.clockwise"), ProjectRow::secondaryText(), 14)));
+    setRefreshAngle(0);
     refresh_->move(panelWidth - 12 - 22, 8);
     refresh_->setCursor(Qt::PointingHandCursor);
     connect(refresh_, &QToolButton::clicked, this, [this] { state_.refresh(); });
@@ -199,19 +237,10 @@ void PanelView::buildHeader(QVBoxLayout* root) {
 void PanelView::buildFooter(QVBoxLayout* root) {
     auto* footer = new QWidget(this);
     auto* layout = new QHBoxLayout(footer);
-    layout->setContentsMargins(12, 8, 12, 8);
+    // The buttons' highlights reach 6 px past their padding, into the footer's margins.
+    layout->setContentsMargins(6, 2, 6, 2);
     layout->setSpacing(4);
-    const QString style =
-        footerButtonStyle.arg(cssColor(ProjectRow::secondaryText()), cssColor(Qt::white));
-    auto makeButton = [&](const QString& symbol) {
-        auto* button = new QToolButton(footer);
-        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setIcon(QIcon(symbolPixmap(symbol, ProjectRow::secondaryText(), 13)));
-        button->setIconSize(QSize(13, 13));
-        button->setStyleSheet(style);
-        button->setCursor(Qt::PointingHandCursor);
-        return button;
-    };
+    auto makeButton = [&](const QString& symbol) { return new FooterButton(symbol, footer); };
     settings_ = makeButton(QStringLiteral("slider.horizontal.3"));
     connect(settings_, &QToolButton::clicked, this, &PanelView::openSettings);
     lastRefresh_ = new QLabel(footer);
@@ -284,10 +313,11 @@ void PanelView::updateHeader() {
         const QColor dot = dotColor(tone, palette_);
         status_->setText(
             QStringLiteral("<span style='color:%1'>%2</span> <span style='color:%3'>·</span> "
-                           "<span style='color:%4'>●</span> <span style='color:%5'>%6</span>")
+                           "%4 <span style='color:%5'>%6</span>")
                 .arg(cssColor(ProjectRow::tertiaryText()),
                      Language::text("today", "aujourd'hui").toHtmlEscaped(),
-                     cssColor(ProjectRow::quaternaryText()), dot.name(), secondary, summary));
+                     cssColor(ProjectRow::quaternaryText()), glowingDotHtml(dot), secondary,
+                     summary));
     } else {
         status_->setText(
             QStringLiteral("<span style='color:%1'>%2</span>").arg(secondary, summary));
@@ -302,16 +332,30 @@ void PanelView::updateHeader() {
 
 void PanelView::updateRefreshSpin() {
     if (state_.isRefreshing() && isVisible()) {
+        spinSettle_.stop();
         if (!spinTimer_.isActive())
             spinTimer_.start();
         return;
     }
+    const bool wasSpinning = spinTimer_.isActive();
     spinTimer_.stop();
-    if (spinAngle_ != 0) {
-        spinAngle_ = 0;
-        refresh_->setIcon(QIcon(
-            symbolPixmap(QStringLiteral("arrow.clockwise"), ProjectRow::secondaryText(), 14)));
+    if (wasSpinning && isVisible()) {
+        spinSettle_.setStartValue(spinAngle_);
+        spinSettle_.setEndValue(360.0);
+        spinSettle_.start();
+    } else if (spinSettle_.state() != QAbstractAnimation::Running) {
+        setRefreshAngle(0);
     }
+}
+
+void PanelView::setRefreshAngle(double angle) {
+    if (angle >= 360)
+        angle = 0;
+    if (angle == spinAngle_ && !refresh_->icon().isNull())
+        return;
+    spinAngle_ = angle;
+    refresh_->setIcon(QIcon(symbolPixmap(QStringLiteral("arrow.clockwise"),
+                                         ProjectRow::secondaryText(), refreshSymbolPixels, angle)));
 }
 
 void PanelView::updateFooter() {
@@ -417,11 +461,7 @@ QWidget* PanelView::makeSpinner(const QString& label) {
     auto* layout = new QVBoxLayout(holder);
     layout->setContentsMargins(0, 28, 0, 28);
     layout->setSpacing(10);
-    auto* spinner = new QProgressBar(holder);
-    spinner->setRange(0, 0);
-    spinner->setTextVisible(false);
-    spinner->setFixedSize(60, 4);
-    layout->addWidget(spinner, 0, Qt::AlignHCenter);
+    layout->addWidget(new Spinner(ProjectRow::secondaryText(), 16, holder), 0, Qt::AlignHCenter);
     if (!label.isEmpty()) {
         cardTitle_ = new QLabel(label, holder);
         cardTitle_->setAlignment(Qt::AlignCenter);

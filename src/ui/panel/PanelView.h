@@ -7,6 +7,7 @@
 #include <QList>
 #include <QPointer>
 #include <QTimer>
+#include <QVariantAnimation>
 #include <QWidget>
 #include <optional>
 
@@ -84,6 +85,7 @@ private:
     void updateRows();
     void updateHeader();
     void updateRefreshSpin();
+    void setRefreshAngle(double angle);
     void openSettings();
     QWidget* makeCard(const QString& symbol, const QString& title, const QString& message,
                       const QString& button);
@@ -112,5 +114,6 @@ private:
     QLabel* lastRefresh_ = nullptr;
     QTimer footerTimer_;
     QTimer spinTimer_;
+    QVariantAnimation spinSettle_;
     double spinAngle_ = 0;
 };
