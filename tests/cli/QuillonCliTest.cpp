@@ -115,7 +115,7 @@ TEST_F(QuillonCliTest, UserAndDeploymentsPrintWhatVercelAnswers) {
     server.route("/v6/deployments", [&](const Request&) { return Response::json(page); });
 
     const CliRun user = run({"user"});
-    EXPECT_EQ(user.exitCode, 0);
+    ASSERT_EQ(user.exitCode, 0);
     EXPECT_EQ(user.out, "ada\n");
     EXPECT_EQ(user.err, "");
     EXPECT_TRUE(server.requests().first().headerValues("authorization") ==

@@ -104,7 +104,7 @@ TEST_F(EngineFixture, SaveTokenTrimsStoresAndConnectsAndRemoveTokenForgetsAllBut
     EXPECT_FALSE(keychain.loadToken());
 
     QCoro::waitFor(s.saveToken("  tok_pasted \n"));
-    EXPECT_TRUE(s.connection().isConnected());
+    ASSERT_TRUE(s.connection().isConnected());
     EXPECT_EQ(server.requests().first().headerValues("Authorization").first(), "Bearer tok_pasted");
     EXPECT_EQ(keychain.loadToken()->token, "tok_pasted");
     EXPECT_EQ(s.keychainMode(), KeychainStore::Mode::synced);
