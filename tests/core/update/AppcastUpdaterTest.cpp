@@ -74,9 +74,7 @@ TEST_F(UpdaterFixture, AnUnreadableFeedSaysWhyAndOffersNothing) {
     serve(xml("Not here", 404));
     EXPECT_EQ(check(), "Could not check for updates: the server answered with HTTP status 404.");
     EXPECT_EQ(updater.downloadPage(), std::nullopt);
-    serve(xml(appcast("2.0").chopped(10)));
-    EXPECT_TRUE(check().startsWith("Could not check for updates: the feed is not valid XML"));
-    serve(xml(appcast("2.0").replace("sparkle:version", "version")));
+    serve(xml(appcast("2.0").replace("sparkle:version", "version"))); // see AppcastItem
     EXPECT_EQ(check(), "Could not check for updates: the feed offers no version.");
     serve(xml(QByteArray(AppcastUpdater::maxFeedBytes + 1, ' ')));
     EXPECT_EQ(check(), "Could not check for updates: the feed is larger than 4 MiB.");

@@ -1,5 +1,4 @@
 #include "core/vercel/VercelAPI.h"
-#include "support/AwaitTask.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/QtPrinters.h"
 #include "support/ScopedEnvironment.h"
@@ -26,8 +25,16 @@ protected:
     LoopbackHttpServer server;
     VercelAPI api{token, server.baseUrl()};
 
-    RequestResult<UserResponse> user(const VercelAPI& client) {
-        return awaitTask(client.get<UserResponse>(QStringLiteral("/v2/user"), {}));
+    // Runs the loop until the request is over (QCoro::waitFor needs a default-constructible
+    // result, which a RequestResult is not).
+    template <typename T = UserResponse>
+    RequestResult<T> get(const VercelAPI& client, const QString& path = "/v2/user",
+                         VercelAPI::Query query = {}) {
+        std::optional<RequestResult<T>> result;
+        QCoro::waitFor([&]() -> QCoro::Task<> {
+            result.emplace(co_await client.get<T>(path, std::move(query)));
+        }());
+        return std::move(*result);
     }
 };
 
@@ -38,8 +45,8 @@ TEST_F(VercelAPITest, SendsTheBearerTokenAndTheQueryAndFollowsARedirect) {
                  [](const Request&) { return Response::json(R"({"projects":[]})"); });
     const VercelAPI::Query query{{"limit", "100"}, {"search", "a&b=c+d e/é✓?#%"}, {"teamId", "t"}};
 
-    const RequestResult<UserResponse> result = user(api);
-    ASSERT_TRUE(awaitTask(api.get<ProjectsResponse>(QStringLiteral("/v9/projects"), query)));
+    const RequestResult<UserResponse> result = get(api);
+    ASSERT_TRUE(get<ProjectsResponse>(api, "/v9/projects", query));
 
     ASSERT_TRUE(result) << result.error().message().toStdString();
     EXPECT_EQ(result->user.username, QStringLiteral("ana"));
@@ -111,7 +118,7 @@ TEST_F(VercelAPITest, EveryFailureBecomesAnAPIErrorOrATransportError) {
         SCOPED_TRACE(c.name);
         server.route("/v2/user", [&c](const Request&) { return c.answer; });
         const bool silent = c.answer.delivery == Response::Delivery::never;
-        const RequestResult<UserResponse> result = user(silent ? impatient : api);
+        const RequestResult<UserResponse> result = get(silent ? impatient : api);
         ASSERT_FALSE(result);
         if (const auto* apiError = std::get_if<APIError>(&c.expected)) {
             ASSERT_NE(result.error().apiError(), nullptr);
@@ -127,7 +134,7 @@ TEST_F(VercelAPITest, EveryFailureBecomesAnAPIErrorOrATransportError) {
     EXPECT_FALSE(RequestError(APIError::http(401)).isUnauthorized());
 
     server.setRefusing(true);
-    const RequestResult<UserResponse> refused = user(api);
+    const RequestResult<UserResponse> refused = get(api);
     ASSERT_FALSE(refused);
     ASSERT_NE(refused.error().transportError(), nullptr);
     EXPECT_EQ(refused.error().transportError()->code, QNetworkReply::ConnectionRefusedError);
@@ -139,7 +146,7 @@ TEST_F(VercelAPITest, EveryFailureBecomesAnAPIErrorOrATransportError) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(userBody) > 0);
     file.close();
     const RequestResult<UserResponse> local =
-        user(VercelAPI(token, QUrl::fromLocalFile(dir.path())));
+        get(VercelAPI(token, QUrl::fromLocalFile(dir.path())));
     ASSERT_FALSE(local);
     ASSERT_NE(local.error().apiError(), nullptr);
     EXPECT_EQ(*local.error().apiError(), APIError::badResponse());
