@@ -1,10 +1,9 @@
 #include "platform/SingleInstance.h"
+#include "support/CliProcess.h"
 #include "support/QtPrinters.h"
-#include "support/WaitUntil.h"
 #include "support/desktop/PrivateDesktop.h"
 
 #include <QDBusConnectionInterface>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -19,19 +18,14 @@ TEST(SingleInstance, ASecondLaunchBringsTheFirstInstancesSettingsForward) {
     EXPECT_TRUE(desktop.connection().interface()->isServiceRegistered(SingleInstance::serviceName));
 
     // The real application as the second launch; this process answers while it waits.
-    QProcess second;
     QProcessEnvironment env = desktop.environment();
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     env.insert(QStringLiteral("QUILLON_DEMO"), QStringLiteral("1"));
     QTemporaryDir runtime; // spares Qt's complaint about a missing runtime folder
     env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime.path());
-    second.setProcessEnvironment(env);
-    second.start(QStringLiteral(QUILLON_APP_PATH), {});
-    ASSERT_TRUE(waitUntil([&second] { return second.state() == QProcess::NotRunning; }, 30000));
-    EXPECT_EQ(second.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(second.exitCode(), 0);
-    EXPECT_EQ(QString::fromUtf8(second.readAllStandardError()),
-              "quillon: already running; its Settings window was brought forward\n");
+    const CliRun second = runCli({}, env, {}, {}, 0, QStringLiteral(QUILLON_APP_PATH));
+    EXPECT_EQ(second.exitCode, 0);
+    EXPECT_EQ(second.err, "quillon: already running; its Settings window was brought forward\n");
     EXPECT_EQ(requests, 1);
 }
 
@@ -63,13 +57,10 @@ TEST(SingleInstance, StatusAnswersWhatTheApplicationGivesIt) {
     ASSERT_EQ(running.claim(), SingleInstance::Claim::owned);
 
     // A status bar's script asks from its own process.
-    QProcess bar;
-    bar.setProcessEnvironment(desktop.environment());
-    bar.start(QStringLiteral("dbus-send"),
-              {"--session", "--print-reply=literal", "--dest=com.fernhollow.Quillon",
-               "/com/fernhollow/Quillon", "com.fernhollow.Quillon.Status"});
-    ASSERT_TRUE(waitUntil([&bar] { return bar.state() == QProcess::NotRunning; }, 10000));
-    EXPECT_EQ(bar.exitCode(), 0) << bar.readAllStandardError().toStdString();
-    EXPECT_EQ(QString::fromUtf8(bar.readAllStandardOutput()).trimmed(),
-              R"({"tone":"error","todayCount":3})");
+    const CliRun bar =
+        runCli({"--session", "--print-reply=literal", "--dest=com.fernhollow.Quillon",
+                "/com/fernhollow/Quillon", "com.fernhollow.Quillon.Status"},
+               desktop.environment(), {}, {}, 0, QStringLiteral("dbus-send"));
+    EXPECT_EQ(bar.exitCode, 0) << bar.err.toStdString();
+    EXPECT_EQ(bar.out.trimmed(), R"({"tone":"error","todayCount":3})");
 }

@@ -1,15 +1,15 @@
-// quillon-cli run as a separate process against a loopback Vercel.
+// quillon-cli run as a separate process against a loopback Vercel account (the demo's report is
+// played end to end in tests/demo).
 #include "support/CliProcess.h"
-#include "support/LoopbackHttpServer.h"
+#include "support/FakeVercelAccount.h"
 #include "support/QtPrinters.h"
 
 #include <QDateTime>
-#include <QProcessEnvironment>
+#include <QJsonDocument>
 #include <QRegularExpression>
-#include <QTcpServer>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-using namespace std::chrono_literals;
 using Request = LoopbackHttpServer::Request;
 using Response = LoopbackHttpServer::Response;
 
@@ -20,41 +20,37 @@ const QString cliToken = QStringLiteral("vc_cli_Qm4rT8zW");
 class QuillonCliTest : public ::testing::Test {
 protected:
     LoopbackHttpServer server;
+    FakeVercelAccount account{server};
+    QTemporaryDir home;
+    const QProcessEnvironment env =
+        isolatedCliEnvironment(cliToken, server.baseUrl().toString(), home.path());
 
-    // The child's environment: our token and server, English unless told otherwise.
-    QProcessEnvironment environment(const QString& language = QStringLiteral("en")) const {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("VERCEL_TOKEN"), cliToken);
-        env.insert(QStringLiteral("QUILLON_API_BASE"), server.baseUrl().toString());
-        env.insert(QStringLiteral("LANGUAGE"), language);
-        env.insert(QStringLiteral("LC_ALL"), language == QLatin1String("fr")
-                                                 ? QStringLiteral("fr_FR.UTF-8")
-                                                 : QStringLiteral("C.UTF-8"));
-        return env;
+    CliRun run(const QStringList& args, const QProcessEnvironment& environment,
+               const QByteArray& input = {}) {
+        return runCli(args, environment, cliToken, input);
+    }
+    CliRun run(const QStringList& args) { return run(args, env); }
+
+    QProcessEnvironment with(const char* name, const char* value) const {
+        QProcessEnvironment changed = env;
+        if (value)
+            changed.insert(QString::fromLatin1(name), QString::fromUtf8(value));
+        else
+            changed.remove(QString::fromLatin1(name));
+        return changed;
     }
 
-    CliRun run(const QStringList& args, const QProcessEnvironment& env) {
-        return runCli(args, env, cliToken);
+    static double minutesAgo(int minutes) {
+        return static_cast<double>(QDateTime::currentMSecsSinceEpoch() - minutes * 60'000LL);
     }
-    CliRun run(const QStringList& args) { return run(args, environment()); }
+    // A deployment as the account lists it, created (and ready) so many minutes ago.
+    static QJsonObject deployment(const QString& id, const QString& projectId, const QString& state,
+                                  int created, std::optional<int> ready = std::nullopt) {
+        return FakeVercelAccount::deployment(id, projectId, state, minutesAgo(created),
+                                             ready ? std::optional(minutesAgo(*ready))
+                                                   : std::nullopt);
+    }
 };
-
-QByteArray deploymentsPage(qint64 nowMs) {
-    const QByteArray fiveMinutesAgo = QByteArray::number(nowMs - 5 * 60'000 - 30'000);
-    const QByteArray threeHoursAgo = QByteArray::number(nowMs - 3 * 3'600'000 - 600'000);
-    return R"({"deployments": [
-      {"uid": "dpl_1", "name": "storefront", "state": "BUILDING", "readyState": "BUILDING",
-       "createdAt": )" +
-           fiveMinutesAgo + R"(, "target": "production", "creator": {"uid": "u_1"},
-       "meta": {"githubCommitRef": "main", "githubCommitSha": "4f9c2a7be0d1e6f3",
-                "githubCommitMessage": "Fix checkout rounding\n\nCloses #412", "githubPrId": null}},
-      {"uid": "dpl_2", "name": "docs", "state": "ERROR", "created": )" +
-           threeHoursAgo + R"(, "target": null,
-       "meta": {"gitlabCommitRef": "feat/search", "gitlabCommitSha": "a1b2c3d",
-                "gitlabCommitMessage": "\n\n  Add search page  \nmore"}},
-      {"uid": "dpl_3", "name": null, "readyState": "WHATEVER", "meta": {}}
-    ], "pagination": {"count": 3, "next": null, "prev": null}})";
-}
 
 // A printed line cut at its runs of two or more spaces.
 QStringList cells(const QString& line) {
@@ -62,32 +58,72 @@ QStringList cells(const QString& line) {
     return line.split(gap);
 }
 
-TEST_F(QuillonCliTest, UserPrintsTheAccountName) {
-    server.route(QStringLiteral("/v2/user"), [](const Request&) {
-        return Response::chunkedJson(R"({"user":{"uid":"u_1","username":"ana","name":null,
-            "email":"ana@acme.dev","defaultTeamId":null,"billing":{"plan":"hobby"}}})");
-    });
+TEST_F(QuillonCliTest, UsageErrorsAndHelpSendNothing) {
+    struct Case {
+        QStringList args;
+        QProcessEnvironment environment;
+        int exitCode;
+        const char* said; // in the output for help, else in the error stream
+        QByteArray input = {};
+    };
+    const QProcessEnvironment noToken = with("VERCEL_TOKEN", nullptr);
+    const QList<Case> cases{
+        {{}, env, 2, "deployments [--team ID]"},
+        {{"--help"}, env, 0, "deployments [--team ID]"},
+        {{"--version"}, env, 0, "quillon-cli " QUILLON_VERSION "\n"},
+        {{"frobnicate"}, env, 2, "unknown command 'frobnicate'"},
+        {{"user", "--help"}, env, 0, "Usage: quillon-cli user"},
+        {{"deployments", "--help"}, env, 0, "Usage: quillon-cli deployments"},
+        {{"token", "--help"}, env, 0, "token set|status|remove"},
+        {{"user"}, noToken, 2, "VERCEL_TOKEN"},
+        {{"deployments"}, with("QUILLON_API_BASE", "http://api.vercel.com"), 2, "QUILLON_API_BASE"},
+        {{"deployments", "--team"}, env, 2, "team id"},
+        {{"watch", "--once"}, noToken, 2, "quillon-cli token set"},
+        {{"watch", "--sometimes"}, env, 2, "unexpected argument"},
+        {{"report", "api"}, noToken, 2, "quillon-cli token set"},
+        {{"report"}, env, 2, "name one project"},
+        {{"report", "api", "web"}, env, 2, "name one project"},
+        {{"token"}, env, 2, "see token --help"},
+        {{"token", "set", cliToken}, env, 2, "see token --help"},
+        {{"token", "set"}, env, 2, "no token on standard input", " \n\t\n"},
+    };
+    for (const Case& c : cases) {
+        const CliRun result = run(c.args, c.environment, c.input);
+        SCOPED_TRACE(c.args.join(' ').toStdString());
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_TRUE((c.exitCode == 0 ? result.out : result.err).contains(QString::fromUtf8(c.said)))
+            << result.out.toStdString() << result.err.toStdString();
+    }
+    EXPECT_TRUE(server.requests().isEmpty());
+}
 
-    const CliRun result = run({QStringLiteral("user")});
+TEST_F(QuillonCliTest, UserAndDeploymentsPrintWhatVercelAnswers) {
+    const QByteArray fiveMinutesAgo = QByteArray::number(qint64(minutesAgo(5)) - 30'000);
+    const QByteArray threeHoursAgo = QByteArray::number(qint64(minutesAgo(190)));
+    const QByteArray page = R"({"deployments": [
+      {"uid": "dpl_1", "name": "storefront", "state": "BUILDING", "readyState": "BUILDING",
+       "createdAt": )" + fiveMinutesAgo +
+                            R"(, "target": "production", "creator": {"uid": "u_1"},
+       "meta": {"githubCommitRef": "main", "githubCommitSha": "4f9c2a7be0d1e6f3",
+                "githubCommitMessage": "Fix checkout rounding\n\nCloses #412", "githubPrId": null}},
+      {"uid": "dpl_2", "name": "docs", "state": "ERROR", "created": )" +
+                            threeHoursAgo + R"(,
+       "target": null, "meta": {"gitlabCommitRef": "feat/search", "gitlabCommitSha": "a1b2c3d",
+                                "gitlabCommitMessage": "\n\n  Add search page  \nmore"}},
+      {"uid": "dpl_3", "name": null, "readyState": "WHATEVER", "meta": {}}
+    ], "pagination": {"count": 3, "next": null, "prev": null}})";
+    server.route("/v6/deployments", [&](const Request&) { return Response::json(page); });
 
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out, QStringLiteral("ana\n"));
-    EXPECT_EQ(result.err, QString());
-    ASSERT_EQ(server.requests().size(), 1);
+    const CliRun user = run({"user"});
+    ASSERT_EQ(user.exitCode, 0);
+    EXPECT_EQ(user.out, "ada\n");
+    EXPECT_EQ(user.err, "");
     EXPECT_TRUE(server.requests().first().headerValues("authorization") ==
                 QList<QByteArray>{"Bearer " + cliToken.toUtf8()})
         << "the token from VERCEL_TOKEN was not sent as the bearer token";
-}
 
-TEST_F(QuillonCliTest, DeploymentsPrintsOneAlignedLinePerDeployment) {
-    const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
-    server.route(QStringLiteral("/v6/deployments"),
-                 [&](const Request&) { return Response::json(deploymentsPage(nowMs)); });
-
-    const CliRun team =
-        run({QStringLiteral("deployments"), QStringLiteral("--team"), QStringLiteral("team_acme")});
-    const CliRun personal = run({QStringLiteral("deployments")});
-
+    const CliRun team = run({"deployments", "--team", "team_acme"});
+    const CliRun personal = run({"deployments"});
     EXPECT_EQ(team.exitCode, 0) << team.err.toStdString();
     const QStringList lines = team.out.split(u'\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 3) << team.out.toStdString();
@@ -97,87 +133,122 @@ TEST_F(QuillonCliTest, DeploymentsPrintsOneAlignedLinePerDeployment) {
                                             "Add search page", "3 h ago"}));
     EXPECT_EQ(cells(lines[2]), (QStringList{"No deployment", "-", "-", "-", "-", "-"}));
     // Aligned: every line starts its second column at the same place.
-    EXPECT_EQ(lines[0].indexOf(QLatin1String("storefront")),
-              lines[1].indexOf(QLatin1String("docs")));
+    EXPECT_EQ(lines[0].indexOf("storefront"), lines[1].indexOf("docs"));
     EXPECT_EQ(personal.out, team.out);
-
-    const QList<Request> sent = server.requestsTo(QStringLiteral("/v6/deployments"));
+    const QList<Request> sent = server.requestsTo("/v6/deployments");
     ASSERT_EQ(sent.size(), 2);
     using Items = QList<std::pair<QString, QString>>;
     EXPECT_EQ(sent[0].queryItems(), (Items{{"limit", "100"}, {"teamId", "team_acme"}}));
     EXPECT_EQ(sent[1].queryItems(), (Items{{"limit", "100"}}));
 }
 
-TEST_F(QuillonCliTest, RejectedTokenIsReportedInTheUsersLanguage) {
-    server.route(QStringLiteral("/v2/user"), [](const Request&) {
-        return Response::vercelError(401, "unauthorized", "Not authorized");
-    });
-    server.route(QStringLiteral("/v6/deployments"), [](const Request&) {
-        return Response::vercelError(403, "forbidden", "Not authorized");
-    });
-
-    const CliRun english = run({QStringLiteral("user")});
-    const CliRun french = run({QStringLiteral("deployments")}, environment(QStringLiteral("fr")));
-
-    EXPECT_EQ(english.exitCode, 1);
-    EXPECT_EQ(english.out, QString());
-    EXPECT_EQ(english.err, QStringLiteral("Token rejected by Vercel. It is invalid or expired.\n"));
-    EXPECT_EQ(french.exitCode, 1);
-    EXPECT_EQ(french.out, QString());
-    EXPECT_EQ(french.err, QStringLiteral("Jeton refusé par Vercel. Il est invalide ou expiré.\n"));
+TEST_F(QuillonCliTest, ARejectedTokenEndsEveryCommandInTheUsersLanguage) {
+    account.failures.insert("/v2/user", Response::vercelError(401, "unauthorized", "no"));
+    account.failures.insert("/v6/deployments", Response::vercelError(403, "forbidden", "no"));
+    const QString sentence = QStringLiteral("Token rejected by Vercel. It is invalid or expired.");
+    for (const QStringList& args : {QStringList{"user"}, QStringList{"deployments"},
+                                    QStringList{"watch"}, QStringList{"report", "api"}}) {
+        const CliRun result = run(args);
+        EXPECT_EQ(result.exitCode, 1) << args.join(' ').toStdString();
+        EXPECT_EQ(result.out, "");
+        EXPECT_TRUE(result.err.trimmed().endsWith(sentence)) << result.err.toStdString();
+    }
+    QProcessEnvironment fr = with("LANGUAGE", "fr");
+    fr.insert(QStringLiteral("LC_ALL"), QStringLiteral("fr_FR.UTF-8"));
+    const CliRun french = run({"deployments"}, fr);
+    EXPECT_EQ(french.err, "Jeton refusé par Vercel. Il est invalide ou expiré.\n");
 }
 
-TEST_F(QuillonCliTest, UnreachableServerIsReported) {
-    QTcpServer closed;
-    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
-    QProcessEnvironment env = environment();
-    env.insert(QStringLiteral("QUILLON_API_BASE"),
-               QStringLiteral("http://127.0.0.1:%1").arg(closed.serverPort()));
-    closed.close();
-
-    const CliRun result = run({QStringLiteral("user")}, env);
-
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.out, QString());
-    EXPECT_TRUE(result.err.contains(QLatin1String("refused"), Qt::CaseInsensitive))
-        << result.err.toStdString();
+TEST_F(QuillonCliTest, WatchOncePrintsOnePassWithTwoRequestsPerScope) {
+    account.addTeam("team_1", "acme");
+    account.addProject("", "p_web", "web");
+    account.addProject("team_1", "p_api", "api");
+    account.addDeployment("", deployment("dpl_1", "p_web", "BUILDING", 2));
+    account.addDeployment("team_1", deployment("dpl_2", "p_api", "READY", 2 * 1440, 2 * 1440 - 1));
+    const CliRun result = run({"watch", "--once"});
+    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+    const QStringList lines = result.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3) << result.out.toStdString();
+    // Just after midnight the build started yesterday and today's count is still 0.
+    const bool startedToday =
+        QDateTime::fromMSecsSinceEpoch(qint64(minutesAgo(2))).date() == QDate::currentDate();
+    EXPECT_TRUE(lines[0].endsWith(
+        QStringLiteral("] building · 1 building · today %1").arg(startedToday ? 1 : 0)))
+        << lines[0].toStdString();
+    EXPECT_EQ(lines[1], "  Building  web  main  4f2a9c1  Fix login  2 min ago");
+    EXPECT_EQ(lines[2], "  Live  api  main  4f2a9c1  Fix login  2 d ago");
+    EXPECT_EQ(account.requestCount("/v9/projects"), 2 + 2); // project list, then one pass
+    EXPECT_EQ(account.requestCount("/v6/deployments"), 2);
 }
 
-TEST_F(QuillonCliTest, MissingTokenOrUnsafeAddressSendsNothing) {
-    QProcessEnvironment noToken = environment();
-    noToken.remove(QStringLiteral("VERCEL_TOKEN"));
-    QProcessEnvironment cleartext = environment();
-    cleartext.insert(QStringLiteral("QUILLON_API_BASE"), QStringLiteral("http://api.vercel.com"));
+// What a status bar reads: one JSON object per line, for the demo and for a real account.
+TEST_F(QuillonCliTest, WatchJsonGivesOneParsableObjectPerPass) {
+    account.addProject("", "p_web", "web");
+    account.addDeployment("", deployment("dpl_1", "p_web", "ERROR", 3, 1));
+    const CliRun live = run({"watch", "--once", "--json"});
+    const CliRun demo = run({"watch", "--json", "--once"}, with("QUILLON_DEMO", "1"));
 
-    const CliRun withoutToken = run({QStringLiteral("user")}, noToken);
-    const CliRun overCleartext = run({QStringLiteral("deployments")}, cleartext);
-    const CliRun badArgument = run({QStringLiteral("deployments"), QStringLiteral("--team")});
+    ASSERT_EQ(live.exitCode, 0) << live.err.toStdString();
+    ASSERT_EQ(live.out.count('\n'), 1) << live.out.toStdString();
+    QJsonParseError error;
+    const QJsonObject pass = QJsonDocument::fromJson(live.out.toUtf8(), &error).object();
+    ASSERT_EQ(error.error, QJsonParseError::NoError);
+    EXPECT_EQ(pass["tone"], "error");
+    const bool today =
+        QDateTime::fromMSecsSinceEpoch(qint64(minutesAgo(3))).date() == QDate::currentDate();
+    EXPECT_EQ(pass["todayCount"].toInt(-1), today ? 1 : 0);
+    const QJsonObject web = pass["projects"].toArray().at(0).toObject();
+    EXPECT_EQ(web["id"], "p_web");
+    EXPECT_EQ(web["status"], "error");
+    EXPECT_EQ(web["shortHash"], "4f2a9c1");
+    EXPECT_NEAR(web["ageSeconds"].toDouble(), 180, 30);
+    EXPECT_TRUE(web["url"].toString().startsWith("https://vercel.com/"));
 
-    EXPECT_EQ(withoutToken.exitCode, 2);
-    EXPECT_TRUE(withoutToken.err.contains(QLatin1String("VERCEL_TOKEN")));
-    EXPECT_EQ(overCleartext.exitCode, 2);
-    EXPECT_TRUE(overCleartext.err.contains(QLatin1String("QUILLON_API_BASE")));
-    EXPECT_EQ(badArgument.exitCode, 2);
-    EXPECT_TRUE(badArgument.err.contains(QLatin1String("team id")));
-    EXPECT_TRUE(server.requests().isEmpty());
+    // The demo needs no account and no network, and links nowhere.
+    ASSERT_EQ(demo.exitCode, 0);
+    const QJsonObject demoPass = QJsonDocument::fromJson(demo.out.toUtf8()).object();
+    EXPECT_EQ(demoPass["projects"].toArray().size(), 6);
+    EXPECT_TRUE(demoPass["projects"].toArray().at(0).toObject()["url"].isNull());
+    EXPECT_EQ(account.requestCount("/v2/user"), 1);
 }
 
-TEST_F(QuillonCliTest, HelpAndVersionAnswerWithoutTheNetwork) {
-    const CliRun help = run({QStringLiteral("--help")});
-    const CliRun version = run({QStringLiteral("--version")});
-    const CliRun userHelp = run({QStringLiteral("user"), QStringLiteral("--help")});
-    const CliRun deploymentsHelp = run({QStringLiteral("deployments"), QStringLiteral("--help")});
+// The report itself is checked byte for byte in core; here, that the command finds the project,
+// by name or id, and its cleaned log.
+TEST_F(QuillonCliTest, ReportPrintsTheLatestDeploymentsReportOrSaysWhyNot) {
+    account.addTeam("team_1", "acme");
+    account.addProject("team_1", "p_api", "api");
+    account.addProject("team_1", "p_new", "fresh");
+    account.addDeployment("team_1", deployment("dpl_9", "p_api", "ERROR", 3, 1));
+    account.events.insert(
+        "dpl_9",
+        QJsonArray{
+            QJsonObject{{"type", "stdout"}, {"text", "Cloning github.com/acme/api"}},
+            QJsonObject{{"type", "command"}, {"payload", QJsonObject{{"text", "next build"}}}},
+            QJsonObject{{"type", "stderr"},
+                        {"text", "\x1b[31mType error: Property 'customerId'\x1b[39m"}},
+            QJsonObject{{"type", "delimiter"}}});
 
-    EXPECT_EQ(help.exitCode, 0);
-    EXPECT_TRUE(help.out.contains(QLatin1String("deployments [--team ID]")));
-    EXPECT_TRUE(help.out.contains(QLatin1String("user")));
-    EXPECT_EQ(version.exitCode, 0);
-    EXPECT_EQ(version.out, QStringLiteral("quillon-cli " QUILLON_VERSION "\n"));
-    EXPECT_EQ(userHelp.exitCode, 0);
-    EXPECT_TRUE(userHelp.out.startsWith(QLatin1String("Usage: quillon-cli user")));
-    EXPECT_EQ(deploymentsHelp.exitCode, 0);
-    EXPECT_TRUE(deploymentsHelp.out.startsWith(QLatin1String("Usage: quillon-cli deployments")));
-    EXPECT_TRUE(server.requests().isEmpty());
+    const CliRun byName = run({"report", "api"});
+    ASSERT_EQ(byName.exitCode, 0) << byName.err.toStdString();
+    EXPECT_EQ(byName.err, "");
+    EXPECT_TRUE(byName.out.startsWith("# Vercel deployment failed: api\n"));
+    EXPECT_TRUE(byName.out.contains("Dashboard: https://vercel.com/acme/api/9\n"));
+    EXPECT_TRUE(byName.out.contains("```\nCloning github.com/acme/api\nnext build\n"
+                                    "Type error: Property 'customerId'\n```\n"))
+        << byName.out.toStdString();
+    account.events.clear();
+    const CliRun byId = run({"report", "p_api"});
+    EXPECT_TRUE(byId.out.contains("\n```\n(log unavailable)\n```\n")) << byId.out.toStdString();
+
+    const CliRun unknown = run({"report", "shop"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.out, "");
+    EXPECT_TRUE(unknown.err.startsWith("quillon-cli report: no monitored project is named 'shop'"))
+        << unknown.err.toStdString();
+    EXPECT_TRUE(unknown.err.contains("fresh") && unknown.err.contains("api"));
+    const CliRun fresh = run({"report", "fresh"});
+    EXPECT_EQ(fresh.exitCode, 1);
+    EXPECT_EQ(fresh.err, "quillon-cli report: fresh has no deployment yet\n");
 }
 
 } // namespace

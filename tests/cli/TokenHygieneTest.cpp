@@ -2,15 +2,14 @@
 // private keyring, and the application's connect, refresh, report and failure paths in process),
 // then every output, file, clipboard text, notification, request and command line is searched
 // for it. The only place it may appear is the Authorization header.
-#include "core/monitor/EngineFixture.h"
 #include "core/monitor/StatusJson.h"
 #include "platform/XdgAutostart.h"
-#include "support/desktop/PrivateSecretService.h"
+#include "support/CliProcess.h"
+#include "support/EngineFixture.h"
+#include "support/desktop/PrivateDesktop.h"
 
-#include <QCoro/QCoroProcess>
 #include <QDirIterator>
 #include <QFile>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <csignal>
 
@@ -97,65 +96,32 @@ QJsonArray deployments(double startedMs, const QString& apiState) {
             FakeVercelAccount::deployment("dpl_run", "p_web", "BUILDING", startedMs)};
 }
 
-// One quillon-cli run: what it printed, how it ended and its command line as the system saw it.
-struct HygieneRun {
-    QByteArray out;
-    QByteArray err;
-    QByteArray cmdline;
-    int exitCode = -1;
-    bool crashed = false;
-};
-
 class CliTokenHygiene : public ::testing::Test {
 protected:
     void SetUp() override {
-        const std::optional<QString> failure =
-            secrets.start(PrivateSecretService::Keyring::unlockedLogin);
+        std::optional<QString> failure = desktop.startBus();
+        if (!failure)
+            failure = desktop.startKeyring();
         ASSERT_FALSE(failure) << failure->toStdString();
-        env = secrets.environment();
+        env = desktop.environment();
         env.insert("QUILLON_API_BASE", server.baseUrl().toString());
-        env.insert("LANGUAGE", "en");
         // Every debug category of Qt too: networking must not log the header either.
         env.insert("QT_LOGGING_RULES", "*.debug=true");
         env.remove("VERCEL_TOKEN");
-        env.remove("QUILLON_DEMO");
     }
 
-    // Runs quillon-cli to its end; `stop` (a signal) ends it once it has printed something.
-    HygieneRun run(const QStringList& args, const QProcessEnvironment& environment,
-                   const QByteArray& input = {}, int stop = 0) {
-        QProcess process;
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(QUILLON_CLI_PATH), args);
-        EXPECT_TRUE(process.waitForStarted());
-        HygieneRun result;
-        result.cmdline = fileBytes(QStringLiteral("/proc/%1/cmdline").arg(process.processId()));
-        process.write(input);
-        process.closeWriteChannel();
-        if (stop != 0) {
-            EXPECT_TRUE(waitUntil([&] { return process.bytesAvailable() > 0; }, 20000));
-            // Again once it has read the token and used it.
-            result.cmdline +=
-                fileBytes(QStringLiteral("/proc/%1/cmdline").arg(process.processId()));
-            ::kill(pid_t(process.processId()), stop);
-        }
-        EXPECT_TRUE(QCoro::waitFor(qCoro(process).waitForFinished(30s)));
-        result.out = process.readAllStandardOutput();
-        result.err = process.readAllStandardError();
-        result.exitCode = process.exitCode();
-        result.crashed = process.exitStatus() == QProcess::CrashExit;
+    // Runs quillon-cli to its end, which checks what it printed; `stop` (a signal) ends it once
+    // it has printed something. Its command line is searched here.
+    CliRun run(const QStringList& args, const QProcessEnvironment& environment,
+               const QByteArray& input = {}, int stop = 0) {
+        const CliRun result = runCli(args, environment, token, input, stop);
+        searchFor.bytes(args.join(' ') + QStringLiteral(": /proc/PID/cmdline"), result.cmdline);
         return result;
-    }
-
-    void search(const QString& name, const HygieneRun& run) {
-        searchFor.bytes(name + QStringLiteral(": standard output"), run.out);
-        searchFor.bytes(name + QStringLiteral(": standard error"), run.err);
-        searchFor.bytes(name + QStringLiteral(": /proc/PID/cmdline"), run.cmdline);
     }
 
     const QString token = recognisableToken();
     TokenSearch searchFor{token};
-    PrivateSecretService secrets;
+    PrivateDesktop desktop;
     LoopbackHttpServer server;
     FakeVercelAccount account{server};
     QProcessEnvironment env;
@@ -170,45 +136,30 @@ TEST_F(CliTokenHygiene, NoOutputFileRequestTargetOrCommandLineHoldsTheToken) {
     QProcessEnvironment withToken = env;
     withToken.insert("VERCEL_TOKEN", token);
 
-    const HygieneRun set = run({"token", "set"}, env, token.toUtf8() + '\n');
-    ASSERT_EQ(set.exitCode, 0) << set.err.toStdString();
-    search("token set", set);
-    search("token status", run({"token", "status"}, env));
+    ASSERT_EQ(run({"token", "set"}, env, token.toUtf8() + '\n').exitCode, 0);
+    run({"token", "status"}, env);
     // From the keyring: the commands that run the engine.
-    const HygieneRun watch = run({"watch", "--once"}, env);
-    EXPECT_TRUE(watch.out.contains("Failed  api")) << watch.out.toStdString();
-    search("watch --once", watch);
-    search("watch --once --json", run({"watch", "--once", "--json"}, env));
-    const HygieneRun report = run({"report", "api"}, env);
-    EXPECT_TRUE(report.out.contains("Type error: customerId")) << report.err.toStdString();
-    search("report", report);
+    EXPECT_TRUE(run({"watch", "--once"}, env).out.contains("Failed  api"));
+    run({"watch", "--once", "--json"}, env);
+    EXPECT_TRUE(run({"report", "api"}, env).out.contains("Type error: customerId"));
     // From the environment: the commands that call the API alone.
-    const HygieneRun user = run({"user"}, withToken);
-    EXPECT_EQ(user.out, "ada\n");
-    search("user", user);
-    search("deployments", run({"deployments"}, withToken));
-
+    EXPECT_EQ(run({"user"}, withToken).out, "ada\n");
+    run({"deployments"}, withToken);
     // A running watch killed by a crash signal prints whatever the crash prints.
-    const HygieneRun crash = run({"watch"}, env, {}, SIGSEGV);
-    EXPECT_TRUE(crash.crashed);
-    search("watch killed by SIGSEGV", crash);
-    const HygieneRun aborted = run({"watch", "--json"}, withToken, {}, SIGABRT);
-    EXPECT_TRUE(aborted.crashed);
-    search("watch killed by SIGABRT", aborted);
+    EXPECT_TRUE(run({"watch"}, env, {}, SIGSEGV).crashed);
+    EXPECT_TRUE(run({"watch", "--json"}, withToken, {}, SIGABRT).crashed);
 
     account.failures.insert("/v6/deployments", Response::vercelError(500, "internal", "Boom"));
-    search("deployments answered 500", run({"deployments"}, withToken));
-    search("watch --once answered 500", run({"watch", "--once"}, env));
+    run({"deployments"}, withToken);
+    run({"watch", "--once"}, env);
     account.failures.insert("/v2/user", Response::vercelError(403, "forbidden", "Not authorized"));
-    const HygieneRun rejected = run({"watch"}, env);
-    EXPECT_EQ(rejected.exitCode, 1);
-    search("watch with a rejected token", rejected);
-    search("user with a rejected token", run({"user"}, withToken));
-    search("report with a rejected token", run({"report", "api"}, env));
+    EXPECT_EQ(run({"watch"}, env).exitCode, 1);
+    run({"user"}, withToken);
+    run({"report", "api"}, env);
 
     searchFor.requests(server.requests());
     // Preferences, the autostart folder, caches, the keyring's own file: the whole private home.
-    searchFor.tree(QStringLiteral("file ~/"), secrets.home());
+    searchFor.tree(QStringLiteral("file ~/"), desktop.home());
     EXPECT_GE(searchFor.authorized(), 20);
     EXPECT_GE(searchFor.searched(), 60);
     EXPECT_EQ(searchFor.found(), QStringList()) << "the token showed in these places";
@@ -220,8 +171,8 @@ namespace {
 class AppTokenHygiene : public EngineFixture {
 protected:
     void SetUp() override {
-        state = std::make_unique<AppState>(AppState::Services{
-            *prefs, keychain, autostart, notifications, clipboard, clock, server.baseUrl(), 3s});
+        makeState(
+            {*prefs, keychain, autostart, notifications, clipboard, clock, server.baseUrl(), 3s});
         messages().clear();
         previousHandler = qInstallMessageHandler(&AppTokenHygiene::record);
     }
@@ -284,7 +235,7 @@ TEST_F(AppTokenHygiene, ConnectRefreshReportAndFailuresKeepTheTokenToTheHeader) 
         searchFor.text("clipboard", text);
     searchFor.text("published state", published.join('\n'));
     searchFor.text("Qt messages", messages().join('\n'));
-    searchFor.bytes("preference file", fileBytes(prefs.filePath()));
+    searchFor.bytes("preference file", prefs.bytes());
     searchFor.tree("autostart folder ", autostartDir.path());
     searchFor.requests(server.requests());
     EXPECT_GE(searchFor.authorized(), 8);

@@ -50,7 +50,8 @@ TEST(SleepResume, LogindResumeEndsTheSleepsThatFellDueWhileSuspended) {
     auto pauseTask = pause.run(clock, 10min, cancel);
     auto longerTask = longer.run(clock, 30min, cancel);
 
-    prepareForSleep(true); // going to sleep changes nothing
+    prepareForSleep(true);                // going to sleep changes nothing
+    waitUntil([] { return false; }, 200); // delivered before the wall clock moves
     wallNow = wallNow.addSecs(11 * 60);
     prepareForSleep(false);
     EXPECT_TRUE(waitUntil([&] { return pause.woke; }));

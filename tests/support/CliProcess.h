@@ -4,12 +4,15 @@
 #include <QString>
 #include <QStringList>
 
-// quillon-cli run as a child process while the test's event loop keeps serving its loopback
-// servers. Whatever it prints is checked not to hold `secret`.
+// A child process (quillon-cli, unless told otherwise) run to its end while the test's event loop
+// keeps serving its loopback servers and buses.
 struct CliRun {
     int exitCode = -1;
+    bool crashed = false;
     QString out;
     QString err;
+    QByteArray cmdline; // as /proc showed it after the start and again before any stop signal
+    qint64 elapsedMs = 0;
 };
 
 // A child environment cut off from the user's desktop: the given token and API address, English,
@@ -17,4 +20,8 @@ struct CliRun {
 QProcessEnvironment isolatedCliEnvironment(const QString& token, const QString& apiBase,
                                            const QString& home);
 
-CliRun runCli(const QStringList& args, const QProcessEnvironment& env, const QString& secret);
+// Feeds `input` on standard input; `stopSignal`, when given, ends the child once it has printed
+// something. Whatever it prints is checked not to hold `secret`.
+CliRun runCli(const QStringList& args, const QProcessEnvironment& env, const QString& secret,
+              const QByteArray& input = {}, int stopSignal = 0,
+              const QString& program = QStringLiteral(QUILLON_CLI_PATH));

@@ -18,41 +18,6 @@ struct LoopbackHttpServer::Connection {
 
 namespace {
 
-QByteArray reasonPhrase(int status) {
-    switch (status) {
-    case 200:
-        return "OK";
-    case 204:
-        return "No Content";
-    case 301:
-        return "Moved Permanently";
-    case 302:
-        return "Found";
-    case 307:
-        return "Temporary Redirect";
-    case 308:
-        return "Permanent Redirect";
-    case 400:
-        return "Bad Request";
-    case 401:
-        return "Unauthorized";
-    case 403:
-        return "Forbidden";
-    case 404:
-        return "Not Found";
-    case 429:
-        return "Too Many Requests";
-    case 500:
-        return "Internal Server Error";
-    case 502:
-        return "Bad Gateway";
-    case 503:
-        return "Service Unavailable";
-    default:
-        return "Status";
-    }
-}
-
 bool hasHeader(const QList<LoopbackHttpServer::Header>& headers, QByteArrayView name) {
     for (const auto& header : headers) {
         if (header.first.compare(name, Qt::CaseInsensitive) == 0)
@@ -63,8 +28,8 @@ bool hasHeader(const QList<LoopbackHttpServer::Header>& headers, QByteArrayView 
 
 // Status line and headers, with the framing header that `delivery` needs.
 QByteArray head(const Response& response, const QByteArray& framing) {
-    QByteArray out = "HTTP/1.1 " + QByteArray::number(response.status) + ' ' +
-                     reasonPhrase(response.status) + "\r\n";
+    // No client reads the reason phrase; one word serves every status.
+    QByteArray out = "HTTP/1.1 " + QByteArray::number(response.status) + " Status\r\n";
     out += "server: Vercel\r\ncache-control: private, no-cache, no-store, max-age=0\r\n"
            "x-vercel-id: cdg1::iad1::loopback\r\n";
     if (!response.body.isEmpty() && !hasHeader(response.headers, "content-type"))
@@ -182,9 +147,17 @@ Response Response::json(QByteArray body, int status) {
     return response;
 }
 
+namespace {
+
+Response delivered(Response response, Response::Delivery delivery) {
+    response.delivery = delivery;
+    return response;
+}
+
+} // namespace
+
 Response Response::chunkedJson(QByteArray body, int chunkSize) {
-    Response response = json(std::move(body));
-    response.delivery = Delivery::chunked;
+    Response response = delivered(json(std::move(body)), Delivery::chunked);
     response.chunkSize = chunkSize;
     return response;
 }
@@ -196,30 +169,21 @@ Response Response::vercelError(int status, QByteArray code, QByteArray message) 
 }
 
 Response Response::redirect(QByteArray location, int status) {
-    Response response;
-    response.status = status;
-    response.headers.append({"location", location});
-    response.headers.append({QByteArray("content-type"), QByteArray("text/plain")});
-    response.body = "Redirecting to " + location;
-    return response;
+    return Response{status,
+                    {{"location", location}, {"content-type", "text/plain"}},
+                    "Redirecting to " + location};
 }
 
 Response Response::cutMidBody(QByteArray body) {
-    Response response = json(std::move(body));
-    response.delivery = Delivery::cutMidBody;
-    return response;
+    return delivered(json(std::move(body)), Delivery::cutMidBody);
 }
 
 Response Response::resetMidBody(QByteArray body) {
-    Response response = json(std::move(body));
-    response.delivery = Delivery::resetMidBody;
-    return response;
+    return delivered(json(std::move(body)), Delivery::resetMidBody);
 }
 
 Response Response::never() {
-    Response response;
-    response.delivery = Delivery::never;
-    return response;
+    return delivered({}, Delivery::never);
 }
 
 Response&& Response::withHeader(QByteArray name, QByteArray value) && {

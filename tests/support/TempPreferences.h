@@ -2,6 +2,7 @@
 
 #include "core/common/Preferences.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <memory>
 
@@ -19,6 +20,11 @@ public:
     Preferences& operator*() { return *store_; }
     Preferences* operator->() { return store_.get(); }
     QString filePath() const { return store_->filePath(); }
+    // The file as written so far.
+    QByteArray bytes() const {
+        QFile file(filePath());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+    }
 
 private:
     QTemporaryDir dir_;

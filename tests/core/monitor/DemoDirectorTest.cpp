@@ -1,8 +1,7 @@
 #include "core/demo/DemoDirector.h"
-#include "support/ManualClock.h"
-#include "support/WaitUntil.h"
-
-#include <gtest/gtest.h>
+#include "core/monitor/PreferenceKeys.h"
+#include "support/EngineFixture.h"
+#include "support/ScopedEnvironment.h"
 
 using namespace std::chrono_literals;
 
@@ -15,48 +14,32 @@ QString stateOf(const DemoDirector& director, const QString& project) {
 
 } // namespace
 
-TEST(DemoDirector, SeedGivesSixLiveProjectsAndElevenToday) {
-    ManualClock clock;
-    DemoDirector director(clock);
-    int changes = 0;
-    director.onChange = [&] { ++changes; };
-    director.start();
-    EXPECT_EQ(changes, 1);
-    EXPECT_EQ(director.todayCount(), 11);
-    const QList<ProjectSnapshot> snapshots = director.snapshots();
-    ASSERT_EQ(snapshots.size(), 6);
-    EXPECT_EQ(snapshots[0].name, "my-saas");
-    EXPECT_EQ(snapshots[5].name, "blog");
-    for (const ProjectSnapshot& s : snapshots) {
-        EXPECT_EQ(s.status(), DeployStatus::ready) << s.name.toStdString();
-        EXPECT_EQ(s.scopeSlug, "demo");
-        EXPECT_FALSE(s.dashboardURL());
+TEST(DemoDirector, FailingSceneRunsQueuedBuildingFailedOnTheClockAtAnySpeed) {
+    for (const int speed : {1, 10}) {
+        const ScopedEnvironment env("QUILLON_DEMO_SPEED", QByteArray::number(speed));
+        ManualClock clock;
+        DemoDirector director(clock);
+        director.start();
+        const int today = director.todayCount();
+        director.runScene(2);
+        EXPECT_EQ(stateOf(director, "api"), "QUEUED") << speed;
+        EXPECT_EQ(director.todayCount(), today + 1);
+        clock.advance(2000ms / speed - 1ms);
+        EXPECT_EQ(stateOf(director, "api"), "QUEUED") << speed;
+        clock.advance(1ms);
+        EXPECT_EQ(stateOf(director, "api"), "BUILDING") << speed;
+        clock.advance(16000ms / speed - 1ms);
+        EXPECT_EQ(stateOf(director, "api"), "BUILDING") << speed;
+        clock.advance(1ms);
+        EXPECT_EQ(stateOf(director, "api"), "ERROR") << speed;
+        EXPECT_EQ(director.latest("api")->buildDuration(), 16.0 / speed);
     }
-    const VercelDeployment dashboard = *snapshots[3].latest;
-    EXPECT_EQ(dashboard.branch(), "feat/dark-mode");
-    EXPECT_EQ(dashboard.buildDuration(), 21.0);
-    EXPECT_EQ(clock.now().toMSecsSinceEpoch() - *dashboard.createdAt, 10800.0 * 1000);
-    EXPECT_TRUE(dashboard.id->startsWith("dpl_"));
-    EXPECT_EQ(dashboard.id->size(), 16);
-}
-
-TEST(DemoDirector, FailingSceneRunsQueuedBuildingFailedOnTheClock) {
-    ManualClock clock;
-    DemoDirector director(clock);
-    director.start();
-    director.runScene(2);
-    EXPECT_EQ(stateOf(director, "api"), "QUEUED");
-    EXPECT_EQ(director.todayCount(), 12);
-    clock.advance(1999ms);
-    EXPECT_EQ(stateOf(director, "api"), "QUEUED");
-    clock.advance(1ms);
-    EXPECT_EQ(stateOf(director, "api"), "BUILDING");
-    clock.advance(16s);
-    EXPECT_EQ(stateOf(director, "api"), "ERROR");
-    const VercelDeployment api = *director.latest("api");
-    EXPECT_EQ(api.buildDuration(), 16.0);
-    EXPECT_EQ(api.commitTitle(), "Handle checkout webhook");
-    EXPECT_EQ(api.shortSHA(), DemoDirector::fakeSHA("Handle checkout webhook").left(7));
+    for (const char* value : {"", "0", "-4", "fast", "inf", "nan"}) {
+        const ScopedEnvironment env("QUILLON_DEMO_SPEED", QByteArray(value));
+        EXPECT_EQ(DemoDirector::speedFromEnvironment(), 1.0) << value;
+    }
+    const ScopedEnvironment env("QUILLON_DEMO_SPEED", QByteArray("2.5"));
+    EXPECT_EQ(DemoDirector::speedFromEnvironment(), 2.5);
 }
 
 TEST(DemoDirector, ANewSceneForAProjectStopsTheRunningOne) {
@@ -76,60 +59,39 @@ TEST(DemoDirector, ANewSceneForAProjectStopsTheRunningOne) {
     EXPECT_EQ(stateOf(director, "my-saas"), "READY");
 }
 
-TEST(DemoDirector, SpeedFactorShortensEveryWaitOfAScene) {
-    qputenv("QUILLON_DEMO_SPEED", "10");
-    ManualClock clock;
-    DemoDirector director(clock);
-    qunsetenv("QUILLON_DEMO_SPEED");
-    director.start();
-    director.runScene(2);
-    clock.advance(199ms);
-    EXPECT_EQ(stateOf(director, "api"), "QUEUED");
-    clock.advance(1ms);
-    EXPECT_EQ(stateOf(director, "api"), "BUILDING");
-    clock.advance(1599ms);
-    EXPECT_EQ(stateOf(director, "api"), "BUILDING");
-    clock.advance(1ms);
-    EXPECT_EQ(stateOf(director, "api"), "ERROR");
-    EXPECT_EQ(director.latest("api")->buildDuration(), 1.6);
-}
+TEST_F(EngineFixture, DemoPlaysWithoutAnyRequestAndWritesNothing) {
+    AppState& s = makeState();
+    s.start(true);
+    EXPECT_TRUE(s.isDemo());
+    EXPECT_EQ(s.connection(), Connection::connected("acme"));
+    EXPECT_TRUE(s.hasLoadedOnce());
+    ASSERT_FALSE(s.snapshots().isEmpty());
+    s.demo()->runScene(2);
+    clock.advance(18s);
+    EXPECT_EQ(s.overallTone(), Tone::error);
+    ASSERT_EQ(notifications.posted.size(), 1);
+    EXPECT_EQ(notifications.posted[0].title, "api: deployment failed");
+    EXPECT_FALSE(notifications.posted[0].url);
 
-TEST(DemoDirector, SpeedIsOneUnlessAPositiveNumber) {
-    for (const char* value : {"", "0", "-4", "fast", "inf", "nan"}) {
-        qputenv("QUILLON_DEMO_SPEED", value);
-        EXPECT_EQ(DemoDirector::speedFromEnvironment(), 1.0) << value;
-    }
-    qputenv("QUILLON_DEMO_SPEED", "2.5");
-    EXPECT_EQ(DemoDirector::speedFromEnvironment(), 2.5);
-    qunsetenv("QUILLON_DEMO_SPEED");
-    EXPECT_EQ(DemoDirector::speedFromEnvironment(), 1.0);
-}
+    // Hiding a project only filters what is shown; nothing is written in demo mode.
+    const auto shown = s.snapshots().size();
+    s.removeMonitored("api");
+    EXPECT_EQ(s.snapshots().size(), shown - 1);
+    EXPECT_FALSE(prefs->contains(PreferenceKeys::monitoredProjectIDs));
+    s.setCountProductionOnly(true);
+    EXPECT_FALSE(prefs->contains(PreferenceKeys::countProductionOnly));
+    QCoro::waitFor(s.saveToken("tok"));
+    s.removeToken();
+    EXPECT_TRUE(s.connection().isConnected());
+    EXPECT_FALSE(keychain.loadToken());
 
-TEST(DemoDirector, ThreeProjectsSceneStaggersAndDashboardIsAPreview) {
-    ManualClock clock;
-    DemoDirector director(clock);
-    director.start();
-    director.runScene(3);
-    EXPECT_EQ(stateOf(director, "landing-page"), "QUEUED");
-    EXPECT_EQ(stateOf(director, "dashboard"), "READY");
-    clock.advance(1200ms);
-    EXPECT_EQ(stateOf(director, "dashboard"), "QUEUED");
-    EXPECT_FALSE(director.latest("dashboard")->target);
-    clock.advance(1200ms);
-    EXPECT_EQ(stateOf(director, "docs"), "QUEUED");
-    EXPECT_EQ(director.todayCount(), 14);
-}
-
-TEST(DemoDirector, FakeShaAndBuildLog) {
-    const QString sha = DemoDirector::fakeSHA("Handle checkout webhook");
-    EXPECT_EQ(sha.size(), 36);
-    EXPECT_TRUE(sha.endsWith("a3c9e2f1d4b8a7c6e5f0"));
-    // FNV-1a from the seed over no bytes leaves the seed itself.
-    EXPECT_EQ(DemoDirector::fakeSHA(""), "14650fb0739d0383a3c9e2f1d4b8a7c6e5f0");
-    const QStringList log = DemoDirector::buildLog("api");
-    EXPECT_EQ(log.first(),
-              "Cloning github.com/acme/api (Branch: main, Commit: " + sha.left(7) + ")");
-    EXPECT_TRUE(log.contains("Type error: Property 'customerId' does not exist on type "
-                             "'CheckoutSession'."));
-    EXPECT_EQ(log.last(), "Error: Command \"npm run build\" exited with 1");
+    // The demo's own report uses its fake build log, and links nowhere.
+    const QList<ProjectSnapshot> all = s.demo()->snapshots();
+    const auto failed = std::find_if(all.begin(), all.end(),
+                                     [](const ProjectSnapshot& p) { return p.name == "api"; });
+    ASSERT_NE(failed, all.end());
+    ASSERT_TRUE(QCoro::waitFor(s.copyFailureReport(*failed)));
+    EXPECT_TRUE(clipboard.texts[0].contains("Type error: Property 'customerId'"));
+    EXPECT_FALSE(clipboard.texts[0].contains("Dashboard:"));
+    EXPECT_TRUE(server.requests().isEmpty());
 }

@@ -1,14 +1,11 @@
 // Every fault the network or Vercel can throw at each endpoint the engine calls, end to end
 // through AppState: the user reads one clear sentence, the token and the preferences stay as they
 // were, the engine recovers once the fault is gone, and the event loop is never held up.
-#include "core/common/Language.h"
-#include "core/monitor/EngineFixture.h"
 #include "core/monitor/PreferenceKeys.h"
+#include "support/EngineFixture.h"
 #include "support/EventLoopLatency.h"
+#include "support/FrenchDesktop.h"
 #include "support/QtPrinters.h"
-
-#include <QFile>
-#include <QTcpServer>
 
 using Response = LoopbackHttpServer::Response;
 using namespace std::chrono_literals;
@@ -38,124 +35,80 @@ const char* name(Endpoint endpoint) {
     return names[static_cast<int>(endpoint)];
 }
 
-const char* name(Fault fault) {
-    constexpr const char* names[] = {
-        "unauthorized", "invalidToken",  "rateLimited", "serverError", "timeout",      "refused",
-        "resetMidBody", "truncatedJson", "wrongKind",   "body50MB",    "redirectLoop", "notUtf8"};
-    return names[static_cast<int>(fault)];
-}
-
 QString pathOf(Endpoint endpoint) {
-    switch (endpoint) {
-    case Endpoint::user:
-        return QStringLiteral("/v2/user");
-    case Endpoint::teams:
-        return QStringLiteral("/v2/teams");
-    case Endpoint::token:
-        return QStringLiteral("/v5/user/tokens/current");
-    case Endpoint::projects:
-        return QStringLiteral("/v9/projects");
-    case Endpoint::deployments:
-        return QStringLiteral("/v6/deployments");
-    case Endpoint::events:
-        return QStringLiteral("/v3/deployments/dpl_new/events");
-    }
-    Q_UNREACHABLE();
+    constexpr const char* paths[] = {
+        "/v2/user",     "/v2/teams",       "/v5/user/tokens/current",
+        "/v9/projects", "/v6/deployments", "/v3/deployments/dpl_new/events"};
+    return QString::fromLatin1(paths[static_cast<int>(endpoint)]);
 }
 
-struct Sentence {
+// What the user reads for each fault, and whether it can pass by itself (an account check
+// failing so is tried again without the user).
+struct Traits {
+    const char* name;
     const char* english;
     const char* french;
+    bool canPass;
 };
 
-Sentence sentenceFor(Fault fault) {
-    switch (fault) {
-    case Fault::unauthorized:
-    case Fault::invalidToken:
-        return {"Token rejected by Vercel. It is invalid or expired.",
-                "Jeton refusé par Vercel. Il est invalide ou expiré."};
-    case Fault::rateLimited:
-        return {"Vercel rate limit reached, retrying soon.",
-                "Limite d'appels Vercel atteinte, nouvel essai bientôt."};
-    case Fault::serverError:
-        return {"Vercel error (HTTP 500).", "Erreur Vercel (HTTP 500)."};
-    case Fault::timeout:
-        return {"The request to Vercel timed out.", "La requête vers Vercel a expiré."};
-    case Fault::refused:
-        return {"Could not connect to Vercel (connection refused).",
-                "Impossible de se connecter à Vercel (connexion refusée)."};
-    case Fault::resetMidBody:
-        return {"The connection to Vercel was cut off before the answer ended.",
-                "La connexion à Vercel a été coupée avant la fin de la réponse."};
-    case Fault::redirectLoop: // the stack gives up following and the last status stands
-        return {"Vercel error (HTTP 307).", "Erreur Vercel (HTTP 307)."};
-    case Fault::truncatedJson:
-    case Fault::wrongKindDeep:
-    case Fault::body50MB:
-    case Fault::notUtf8:
-        return {"Unreadable Vercel response.", "Réponse Vercel illisible."};
-    }
-    Q_UNREACHABLE();
+const Traits& traitsOf(Fault fault) {
+    static const Traits rejected{"", "Token rejected by Vercel. It is invalid or expired.",
+                                 "Jeton refusé par Vercel. Il est invalide ou expiré.", false};
+    static const Traits unreadable{"", "Unreadable Vercel response.", "Réponse Vercel illisible.",
+                                   false};
+    static const Traits traits[] = {
+        {"unauthorized", rejected.english, rejected.french, false},
+        {"invalidToken", rejected.english, rejected.french, false},
+        {"rateLimited", "Vercel rate limit reached, retrying soon.",
+         "Limite d'appels Vercel atteinte, nouvel essai bientôt.", true},
+        {"serverError", "Vercel error (HTTP 500).", "Erreur Vercel (HTTP 500).", true},
+        {"timeout", "The request to Vercel timed out.", "La requête vers Vercel a expiré.", true},
+        {"refused", "Could not connect to Vercel (connection refused).",
+         "Impossible de se connecter à Vercel (connexion refusée).", true},
+        {"resetMidBody", "The connection to Vercel was cut off before the answer ended.",
+         "La connexion à Vercel a été coupée avant la fin de la réponse.", true},
+        {"truncatedJson", unreadable.english, unreadable.french, false},
+        {"wrongKind", unreadable.english, unreadable.french, false},
+        {"body50MB", unreadable.english, unreadable.french, false},
+        // The stack gives up following and the last status stands.
+        {"redirectLoop", "Vercel error (HTTP 307).", "Erreur Vercel (HTTP 307).", false},
+        {"notUtf8", unreadable.english, unreadable.french, false},
+    };
+    return traits[static_cast<int>(fault)];
 }
 
 bool rejectsToken(Fault fault) {
     return fault == Fault::unauthorized || fault == Fault::invalidToken;
 }
 
-// What can pass by itself: an account check failing so is tried again without the user.
-bool canPass(Fault fault) {
-    return fault == Fault::rateLimited || fault == Fault::serverError || fault == Fault::timeout ||
-           fault == Fault::refused || fault == Fault::resetMidBody;
-}
-
-// A well-formed answer of the endpoint with one text "MARK" in it.
+// A well-formed answer of each endpoint with one text "MARK" in it.
 QByteArray sampleBody(Endpoint endpoint) {
-    switch (endpoint) {
-    case Endpoint::user:
-        return R"({"user":{"username":"ada","email":"ada@example.com","name":"MARK"}})";
-    case Endpoint::teams:
-        return R"({"teams":[{"id":"team_a","slug":"acme","name":"MARK"}],"pagination":{}})";
-    case Endpoint::token:
-        return R"({"token":{"id":"tok_1","name":"MARK","expiresAt":null}})";
-    case Endpoint::projects:
-        return R"({"projects":[{"id":"p_web","name":"web","latestDeployments":[{"uid":"dpl_old",)"
-               R"("state":"READY","meta":{"githubCommitMessage":"MARK"}}]}]})";
-    case Endpoint::deployments:
-        return R"({"deployments":[{"uid":"dpl_new","projectId":"p_web","state":"ERROR",)"
-               R"("meta":{"githubCommitMessage":"MARK"}}]})";
-    case Endpoint::events:
-        return R"([{"type":"stdout","text":"MARK"}])";
-    }
-    Q_UNREACHABLE();
+    static const QByteArray bodies[] = {
+        R"({"user":{"username":"ada","email":"ada@example.com","name":"MARK"}})",
+        R"({"teams":[{"id":"team_a","slug":"acme","name":"MARK"}],"pagination":{}})",
+        R"({"token":{"id":"tok_1","name":"MARK","expiresAt":null}})",
+        R"({"projects":[{"id":"p_web","name":"web","latestDeployments":[{"uid":"dpl_old",)"
+        R"("state":"READY","meta":{"githubCommitMessage":"MARK"}}]}]})",
+        R"({"deployments":[{"uid":"dpl_new","projectId":"p_web","state":"ERROR",)"
+        R"("meta":{"githubCommitMessage":"MARK"}}]})",
+        R"([{"type":"stdout","text":"MARK"}])",
+    };
+    return bodies[static_cast<int>(endpoint)];
 }
 
 // One record among good ones carries a field of the wrong JSON kind, deep inside.
 QByteArray wrongKindBody(Endpoint endpoint) {
-    switch (endpoint) {
-    case Endpoint::user:
-        return R"({"user":{"username":"ada","defaultTeamId":["team_a"]}})";
-    case Endpoint::teams:
-        return R"({"teams":[{"id":"team_a","slug":"acme"},{"id":"team_b","slug":{"en":"b"}}]})";
-    case Endpoint::token:
-        return R"({"token":{"id":"tok_1","expiresAt":"never"}})";
-    case Endpoint::projects:
-        return R"({"projects":[{"id":"p_shop","name":"shop"},{"id":"p_web","name":"web",)"
-               R"("latestDeployments":[{"uid":"dpl_old","target":[]}]}]})";
-    case Endpoint::deployments:
-        return R"({"deployments":[{"uid":"dpl_ok","projectId":"p_web","state":"READY"},)"
-               R"({"uid":"dpl_bad","projectId":"p_web","meta":5}]})";
-    case Endpoint::events:
-        return R"([{"type":"stdout","text":"ok"},{"type":"stderr","payload":"Error: boom"}])";
-    }
-    Q_UNREACHABLE();
-}
-
-quint16 closedPort() {
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost);
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return port;
+    static const QByteArray bodies[] = {
+        R"({"user":{"username":"ada","defaultTeamId":["team_a"]}})",
+        R"({"teams":[{"id":"team_a","slug":"acme"},{"id":"team_b","slug":{"en":"b"}}]})",
+        R"({"token":{"id":"tok_1","expiresAt":"never"}})",
+        R"({"projects":[{"id":"p_shop","name":"shop"},{"id":"p_web","name":"web",)"
+        R"("latestDeployments":[{"uid":"dpl_old","target":[]}]}]})",
+        R"({"deployments":[{"uid":"dpl_ok","projectId":"p_web","state":"READY"},)"
+        R"({"uid":"dpl_bad","projectId":"p_web","meta":5}]})",
+        R"([{"type":"stdout","text":"ok"},{"type":"stderr","payload":"Error: boom"}])",
+    };
+    return bodies[static_cast<int>(endpoint)];
 }
 
 Response faultResponse(Endpoint endpoint, Fault fault) {
@@ -176,7 +129,7 @@ Response faultResponse(Endpoint endpoint, Fault fault) {
     case Fault::timeout:
         return Response::never();
     case Fault::refused: // sent on to a port where nobody listens
-        return Response::redirect("http://127.0.0.1:" + QByteArray::number(closedPort()) + path);
+        return Response::redirect("http://127.0.0.1:1" + path);
     case Fault::resetMidBody:
         return Response::resetMidBody(sampleBody(endpoint));
     case Fault::truncatedJson: {
@@ -195,17 +148,6 @@ Response faultResponse(Endpoint endpoint, Fault fault) {
     Q_UNREACHABLE();
 }
 
-QByteArray fileBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
-
-// Plays a French desktop for as long as it lives.
-struct FrenchDesktop {
-    FrenchDesktop() { Language::overrideSystemLanguages({QStringLiteral("fr-FR")}); }
-    ~FrenchDesktop() { Language::overrideSystemLanguages({QStringLiteral("en-US")}); }
-};
-
 std::string describe(const AppState& s) {
     QString text = QStringLiteral("connection %1 '%2', lastError '%3', refreshing %4, projects")
                        .arg(int(s.connection().kind))
@@ -222,14 +164,10 @@ class FaultMatrixTest : public EngineFixture,
 protected:
     void SetUp() override {
         account.addTeam("team_a", "acme");
-        account.addProject(
-            "", "p_web", "web",
-            {FakeVercelAccount::deployment("dpl_old", "p_web", "READY", at(-60), at(-59))});
+        account.addProject("", "p_web", "web", {deployment("dpl_old", "p_web", "READY", -60, -59)});
         account.addProject("team_a", "p_shop", "shop");
-        account.addDeployment(
-            "", FakeVercelAccount::deployment("dpl_new", "p_web", "ERROR", at(-3), at(-1)));
-        account.addDeployment(
-            "team_a", FakeVercelAccount::deployment("dpl_shop", "p_shop", "READY", at(-9), at(-8)));
+        account.addDeployment("", deployment("dpl_new", "p_web", "ERROR", -3, -1));
+        account.addDeployment("team_a", deployment("dpl_shop", "p_shop", "READY", -9, -8));
         account.events.insert("dpl_new",
                               QJsonArray{QJsonObject{{"type", "stderr"}, {"text", "Error: boom"}}});
 
@@ -239,8 +177,8 @@ protected:
         prefs->setString(PreferenceKeys::appLanguage, "auto");
         ASSERT_TRUE(keychain.storeToken(token));
         storedToken = secrets.items;
-        preferences = fileBytes(prefs.filePath());
-        state = std::make_unique<AppState>(services(server.baseUrl(), 1s));
+        preferences = prefs.bytes();
+        makeState(services(server.baseUrl(), 1s));
     }
 
     std::optional<ProjectSnapshot> snapshot(const QString& id) const {
@@ -279,7 +217,7 @@ protected:
 
 TEST_P(FaultMatrixTest, OneSentenceNothingLostRecoveryAndAResponsiveLoop) {
     const auto [endpoint, fault] = GetParam();
-    const Sentence expected = sentenceFor(fault);
+    const Traits& expected = traitsOf(fault);
     AppState& s = *state;
     QStringList seen;
     QObject::connect(&s, &AppState::connectionChanged, [&] {
@@ -305,7 +243,7 @@ TEST_P(FaultMatrixTest, OneSentenceNothingLostRecoveryAndAResponsiveLoop) {
     // or a rejected token ended the connection, else the last error. Teams, token expiry and the
     // build log fail silently.
     seen.removeDuplicates();
-    const bool retries = endpoint == Endpoint::user && canPass(fault);
+    const bool retries = endpoint == Endpoint::user && expected.canPass;
     const bool ended = (endpoint == Endpoint::user && !retries) ||
                        (rejectsToken(fault) &&
                         (endpoint == Endpoint::projects || endpoint == Endpoint::deployments));
@@ -362,7 +300,7 @@ TEST_P(FaultMatrixTest, OneSentenceNothingLostRecoveryAndAResponsiveLoop) {
 
     // Compared without printing: the token must not reach the test's output.
     EXPECT_TRUE(secrets.items == storedToken) << "the stored token changed";
-    EXPECT_EQ(fileBytes(prefs.filePath()), preferences);
+    EXPECT_EQ(prefs.bytes(), preferences);
     EXPECT_LE(latency.worst().count(), 200) << "the event loop was held up";
 }
 
@@ -377,7 +315,8 @@ INSTANTIATE_TEST_SUITE_P(
                                          Fault::wrongKindDeep, Fault::body50MB, Fault::redirectLoop,
                                          Fault::notUtf8)),
     [](const auto& info) {
-        return std::string(name(std::get<0>(info.param))) + "_" + name(std::get<1>(info.param));
+        return std::string(name(std::get<0>(info.param))) + "_" +
+               traitsOf(std::get<1>(info.param)).name;
     });
 
 } // namespace

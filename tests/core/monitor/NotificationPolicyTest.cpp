@@ -1,11 +1,19 @@
-// What reaches the notification server beyond a plain failure: the pause with its summary, the
-// slow-build warning and "Copy for AI" from the notification itself.
-#include "EngineFixture.h"
+// What reaches the notifications: a failure once per deployment, never from the first pass, a
+// pause with its summary, the slow-build warning and "Copy for AI" from the notification itself.
+#include "core/monitor/PreferenceKeys.h"
 #include "core/monitor/SlowBuildCheck.h"
+#include "support/EngineFixture.h"
 
 using namespace std::chrono_literals;
 
 namespace {
+
+ProjectSnapshot snapshot(const QString& id, const QString& state, const QString& deploymentId) {
+    VercelDeployment d;
+    d.id = deploymentId;
+    d.readyState = state;
+    return {id, id, "acme", std::nullopt, d, std::nullopt};
+}
 
 ProjectSnapshot building(double startedMs, std::optional<double> median, QString id = "dpl_1") {
     VercelDeployment deployment;
@@ -17,17 +25,92 @@ ProjectSnapshot building(double startedMs, std::optional<double> median, QString
 
 } // namespace
 
+TEST_F(EngineFixture, FailureNotificationsFollowStatusTransitions) {
+    AppState& s = makeState();
+    s.notifyFailures({}); // a first pass with nothing keeps the next one a first pass
+    // The first pass only records, even a failure.
+    s.notifyFailures({snapshot("web", "ERROR", "d0")});
+    s.notifyFailures({snapshot("web", "ERROR", "d0")});
+    // error → error with another deployment: the project's status never left error.
+    s.notifyFailures({snapshot("web", "ERROR", "d1")});
+    EXPECT_TRUE(notifications.posted.isEmpty());
+    s.notifyFailures({snapshot("web", "BUILDING", "d2")});
+    s.notifyFailures({snapshot("web", "ERROR", "d2"), snapshot("api", "ERROR", "d9")});
+    ASSERT_EQ(notifications.posted.size(), 2); // api was never seen before: notified too
+    EXPECT_EQ(notifications.posted[0].identifier, "d2");
+    EXPECT_EQ(notifications.posted[1].identifier, "d9");
+    // Switched off, statuses are still recorded, so nothing comes late.
+    s.notifyFailures({snapshot("web", "READY", "d3")});
+    s.setNotifyOnFailure(false);
+    s.notifyFailures({snapshot("web", "ERROR", "d3")});
+    s.setNotifyOnFailure(true);
+    s.notifyFailures({snapshot("web", "ERROR", "d3")});
+    EXPECT_EQ(notifications.posted.size(), 2);
+    // In French, and without git details: an empty body.
+    prefs->setString(PreferenceKeys::appLanguage, "fr");
+    s.notifyFailures({snapshot("my-app", "READY", "d4")});
+    s.notifyFailures({snapshot("my-app", "ERROR", "d5")});
+    ASSERT_EQ(notifications.posted.size(), 3);
+    EXPECT_EQ(notifications.posted[2].title, "my-app : échec du déploiement");
+    EXPECT_EQ(notifications.posted[2].body, "");
+}
+
+TEST_F(EngineFixture, AFailureIsNotifiedOnceWithItsLinkAndItsReportCanBeCopiedFromThere) {
+    account.addProject("", "p_web", "web");
+    account.addDeployment("", deployment("dpl_1", "p_web", "BUILDING", -1));
+    QJsonArray events;
+    for (int i = 0; i < 30; ++i)
+        events.append(QJsonObject{{"type", "stdout"}, {"text", QString("step %1").arg(i)}});
+    events.append(QJsonObject{{"type", "stderr"},
+                              {"payload", QJsonObject{{"text", "\x1b[31mError: boom\x1b[0m"}}}});
+    account.events.insert("dpl_1", events);
+    AppState& s = connected();
+    QJsonObject failed = deployment("dpl_1", "p_web", "ERROR", -1, 0);
+    failed.insert("inspectorUrl", "https://vercel.com/ada/web/AbC123");
+    account.deployments[""] = QJsonArray{failed};
+    nextPass();
+    nextPass();
+    ASSERT_EQ(notifications.posted.size(), 1);
+    const FailureNotification n = notifications.posted.first();
+    EXPECT_EQ(n.identifier, "dpl_1");
+    EXPECT_EQ(n.title, "web: deployment failed");
+    EXPECT_EQ(n.body, "Branch main · Fix login · 1 min");
+    EXPECT_EQ(n.url, QUrl("https://vercel.com/ada/web/AbC123"));
+    EXPECT_TRUE(n.offersReport);
+    EXPECT_EQ(s.overallTone(), Tone::error);
+    EXPECT_EQ(s.statusSummary(), "1 failed");
+    prefs->setString(PreferenceKeys::appLanguage, "fr");
+    EXPECT_EQ(s.statusSummary(), "1 échec");
+    prefs->setString(PreferenceKeys::appLanguage, "en");
+
+    ASSERT_TRUE(notifications.reportHandler);
+    notifications.reportHandler("dpl_unknown"); // not a failure of this session: nothing
+    notifications.reportHandler("dpl_1");
+    ASSERT_TRUE(waitUntil([&] { return notifications.posted.size() == 2; }));
+    ASSERT_EQ(clipboard.texts.size(), 1);
+    EXPECT_TRUE(clipboard.texts[0].startsWith("# Vercel deployment failed: web\n"));
+    EXPECT_TRUE(clipboard.texts[0].contains("```\nstep 15\n")) << clipboard.texts[0].toStdString();
+    EXPECT_TRUE(clipboard.texts[0].contains("step 29\nError: boom\n```"));
+    const auto eventsRequest = server.requestsTo("/v3/deployments/dpl_1/events");
+    ASSERT_EQ(eventsRequest.size(), 1);
+    EXPECT_EQ(eventsRequest[0].rawQuery, "builds=1&limit=-1");
+    EXPECT_EQ(notifications.posted[1].title, "Failure report copied");
+    EXPECT_TRUE(notifications.posted[1].transient);
+    ProjectSnapshot empty = s.snapshots().first();
+    empty.latest.reset();
+    EXPECT_FALSE(QCoro::waitFor(s.copyFailureReport(empty)));
+}
+
 TEST_F(EngineFixture, PausedFailuresArriveAsOneSummaryWhenThePauseEnds) {
     account.addProject("", "p_web", "web");
     account.addProject("", "p_api", "api");
-    account.addDeployment("", FakeVercelAccount::deployment("dpl_w", "p_web", "BUILDING", at(-1)));
-    account.addDeployment("", FakeVercelAccount::deployment("dpl_a", "p_api", "BUILDING", at(-1)));
+    account.addDeployment("", deployment("dpl_w", "p_web", "BUILDING", -1));
+    account.addDeployment("", deployment("dpl_a", "p_api", "BUILDING", -1));
     AppState& s = connected();
     s.notificationPause().pause(60min);
     EXPECT_EQ(s.notificationPause().pausedUntilText(), "Paused until 16:00");
-    account.deployments[""] =
-        QJsonArray{FakeVercelAccount::deployment("dpl_w", "p_web", "ERROR", at(-1), at(0)),
-                   FakeVercelAccount::deployment("dpl_a", "p_api", "ERROR", at(-1), at(0))};
+    account.deployments[""] = QJsonArray{deployment("dpl_w", "p_web", "ERROR", -1, 0),
+                                         deployment("dpl_a", "p_api", "ERROR", -1, 0)};
     nextPass();
     EXPECT_TRUE(notifications.posted.isEmpty());
 
@@ -46,8 +129,7 @@ TEST_F(EngineFixture, PausedFailuresArriveAsOneSummaryWhenThePauseEnds) {
 }
 
 TEST_F(EngineFixture, ResumingEarlyPostsTheSummaryAtOnceAndNothingWhenNothingFailed) {
-    AppState& s = makeState();
-    NotificationPause& pause = s.notificationPause();
+    NotificationPause& pause = makeState().notificationPause();
     pause.pause(60min);
     pause.resume();
     EXPECT_TRUE(notifications.posted.isEmpty());
@@ -70,58 +152,30 @@ TEST_F(EngineFixture, ResumingEarlyPostsTheSummaryAtOnceAndNothingWhenNothingFai
     EXPECT_EQ(notifications.posted.size(), 1);
 }
 
-TEST(SlowBuildCheck, TwiceTheMedianAndAtLeastTwoMinutes) {
-    const QDateTime now = QDateTime::fromSecsSinceEpoch(1'800'000'000);
+TEST_F(EngineFixture, EachSlowBuildIsToldOnceAndOnlyWhenAskedFor) {
+    const QDateTime now = clock.now();
     const double nowMs = static_cast<double>(now.toMSecsSinceEpoch());
-    // Median 100 s: slow after 200 s.
+    // Twice the median, and at least two minutes.
     EXPECT_FALSE(slowBuildElapsed(building(nowMs - 199'000, 100), now));
     EXPECT_EQ(slowBuildElapsed(building(nowMs - 201'000, 100), now), 201);
-    // Median 30 s: twice is 60 s, but two minutes is the floor.
     EXPECT_FALSE(slowBuildElapsed(building(nowMs - 119'000, 30), now));
     EXPECT_TRUE(slowBuildElapsed(building(nowMs - 121'000, 30), now));
-    // No median, or no longer building: never slow.
     EXPECT_FALSE(slowBuildElapsed(building(nowMs - 3'600'000, std::nullopt), now));
     ProjectSnapshot done = building(nowMs - 3'600'000, 30);
     done.latest->state = QStringLiteral("READY");
     EXPECT_FALSE(slowBuildElapsed(done, now));
-    const FailureNotification n = slowBuildNotification(building(0, 30), 201);
-    EXPECT_EQ(n.title, "api: build is taking longer than usual");
-    EXPECT_EQ(n.body, "3 min 21 s");
-}
 
-TEST_F(EngineFixture, EachSlowBuildIsToldOnceAndOnlyWhenAskedFor) {
     AppState& s = makeState();
-    const double nowMs = static_cast<double>(clock.now().toMSecsSinceEpoch());
     const QList<ProjectSnapshot> slow{building(nowMs - 300'000, 60, "dpl_1")};
     s.notifyFailures(slow);
     EXPECT_TRUE(notifications.posted.isEmpty()); // off by default
-
     s.setSlowBuildWarning(true);
     s.notifyFailures(slow);
     s.notifyFailures(slow);
     // A second slow build of the same project is a new deployment: told again.
     s.notifyFailures({building(nowMs - 400'000, 60, "dpl_2")});
     ASSERT_EQ(notifications.posted.size(), 2);
-    EXPECT_EQ(notifications.posted[0].identifier, "dpl_1");
+    EXPECT_EQ(notifications.posted[0].title, "api: build is taking longer than usual");
+    EXPECT_EQ(notifications.posted[0].body, "5 min");
     EXPECT_EQ(notifications.posted[1].identifier, "dpl_2");
-}
-
-TEST_F(EngineFixture, CopyForAIFromTheNotificationFillsTheClipboardAndConfirms) {
-    account.addProject("", "p_web", "web");
-    account.addDeployment("", FakeVercelAccount::deployment("dpl_1", "p_web", "BUILDING", at(-1)));
-    connected();
-    account.deployments[""] =
-        QJsonArray{FakeVercelAccount::deployment("dpl_1", "p_web", "ERROR", at(-1), at(0))};
-    nextPass();
-    ASSERT_EQ(notifications.posted.size(), 1);
-    ASSERT_TRUE(notifications.posted[0].offersReport);
-    ASSERT_TRUE(notifications.reportHandler);
-
-    notifications.reportHandler("dpl_unknown"); // not a failure of this session: nothing
-    notifications.reportHandler("dpl_1");
-    ASSERT_TRUE(waitUntil([&] { return notifications.posted.size() == 2; }));
-    ASSERT_EQ(clipboard.texts.size(), 1);
-    EXPECT_TRUE(clipboard.texts[0].contains("web")) << clipboard.texts[0].toStdString();
-    EXPECT_EQ(notifications.posted[1].title, "Failure report copied");
-    EXPECT_TRUE(notifications.posted[1].transient);
 }

@@ -1,6 +1,6 @@
 // The engine recovers by itself from what passes: an account check that fails while the network
 // is not up yet, and a scope whose requests fail now and then.
-#include "core/monitor/EngineFixture.h"
+#include "support/EngineFixture.h"
 
 using namespace std::chrono_literals;
 
@@ -21,8 +21,7 @@ protected:
     AppState& makeWatchedState() {
         AppState::Services wired = services(server.baseUrl());
         wired.network = &network;
-        state = std::make_unique<AppState>(wired);
-        return *state;
+        return makeState(wired);
     }
 
     // Waits until the engine has asked to sleep `count` times in all.
@@ -33,8 +32,7 @@ protected:
 
 TEST_F(RecoveryTest, RefusedAccountCheckIsRetriedWithBackoffUntilVercelAnswers) {
     account.addProject("", "p_web", "web");
-    account.addDeployment("",
-                          FakeVercelAccount::deployment("d1", "p_web", "READY", at(-2), at(-1)));
+    account.addDeployment("", deployment("d1", "p_web", "READY", -2, -1));
     server.setRefusing(true);
     AppState& s = makeWatchedState();
     QCoro::waitFor(s.saveToken(QStringLiteral(" tok_retry_1\n")));
@@ -68,53 +66,17 @@ TEST_F(RecoveryTest, RefusedAccountCheckIsRetriedWithBackoffUntilVercelAnswers) 
     EXPECT_EQ(keychain.loadToken()->token, "tok_retry_1"); // untouched throughout
 }
 
-TEST_F(RecoveryTest, OnlyFailuresThatCanPassAreRetried) {
+TEST_F(RecoveryTest, ServerErrorsAreRetriedAndTheNetworkComingUpEndsTheWaitAtOnce) {
     using Response = LoopbackHttpServer::Response;
-    struct Case {
-        const char* name;
-        Response answer;
-        bool retried;
-    };
-    const QList<Case> cases{
-        {"401", Response::vercelError(401, "unauthorized", "x"), false},
-        {"403", Response::vercelError(403, "forbidden", "Not authorized"), false},
-        {"404", Response::vercelError(404, "not_found", "x"), false},
-        {"unreadable", Response::json("<html>"), false},
-        {"429", Response::vercelError(429, "rate_limited", "x"), true},
-        {"500", Response::vercelError(500, "internal", "x"), true},
-        {"503", Response::vercelError(503, "unavailable", "x"), true},
-        {"reset", Response::resetMidBody(R"({"user":{"username":"ada"}})"), true},
-    };
     AppState& s = makeWatchedState();
-    for (const Case& c : cases) {
-        account.failures.insert("/v2/user", c.answer);
-        const int checks = account.requestCount("/v2/user");
-        QCoro::waitFor(s.connect(QStringLiteral("tok_retry_2")));
-        EXPECT_EQ(s.connection().kind,
-                  c.retried ? Connection::Kind::retrying : Connection::Kind::failed)
-            << c.name;
-        const auto sleeps = clock.requestedSleeps().size();
-        clock.advance(2min);
-        if (c.retried) { // checked again, failed again, and waiting once more
-            EXPECT_TRUE(waitUntil([&] { return clock.requestedSleeps().size() > sleeps; }))
-                << c.name;
-            EXPECT_EQ(account.requestCount("/v2/user"), checks + 2) << c.name;
-        } else {
-            waitUntil([] { return false; }, 100);
-            EXPECT_EQ(account.requestCount("/v2/user"), checks + 1) << c.name;
-        }
-    }
-    // A rejected token keeps the sentence the user knows.
-    account.failures.insert("/v2/user", Response::vercelError(403, "forbidden", "x"));
-    QCoro::waitFor(s.connect(QStringLiteral("tok_retry_2")));
-    EXPECT_EQ(s.connection(),
-              Connection::failed("Token rejected by Vercel. It is invalid or expired."));
-}
-
-TEST_F(RecoveryTest, NetworkComingUpEndsTheWaitAtOnce) {
-    account.failures.insert("/v2/user", LoopbackHttpServer::Response::vercelError(502, "gw", "x"));
-    AppState& s = makeWatchedState();
+    // Only what can pass is tried again: a client error waits for the user.
+    account.failures.insert("/v2/user", Response::vercelError(404, "not_found", "x"));
     QCoro::waitFor(s.connect(QStringLiteral("tok_retry_3")));
+    EXPECT_EQ(s.connection().kind, Connection::Kind::failed);
+    EXPECT_EQ(clock.pendingSleepers(), 0);
+    account.failures.insert("/v2/user", Response::vercelError(503, "unavailable", "x"));
+    QCoro::waitFor(s.connect(QStringLiteral("tok_retry_3")));
+    EXPECT_EQ(s.connection().kind, Connection::Kind::retrying);
     ASSERT_TRUE(sleepsRequested(1));
     clock.advance(5s);
     ASSERT_TRUE(sleepsRequested(2)); // now waiting 10 s
@@ -123,16 +85,16 @@ TEST_F(RecoveryTest, NetworkComingUpEndsTheWaitAtOnce) {
     network.comeOnline(); // the clock does not move
     ASSERT_TRUE(waitUntil([&] { return s.hasLoadedOnce(); }));
     EXPECT_TRUE(s.connection().isConnected());
-    EXPECT_EQ(account.requestCount("/v2/user"), 3);
+    EXPECT_EQ(account.requestCount("/v2/user"), 4);
 
     // Removing the token ends any wait: nothing more is asked of Vercel.
-    account.failures.insert("/v2/user", LoopbackHttpServer::Response::vercelError(500, "i", "x"));
+    account.failures.insert("/v2/user", Response::vercelError(500, "i", "x"));
     QCoro::waitFor(s.connect(QStringLiteral("tok_retry_3")));
     s.removeToken();
     network.comeOnline();
     clock.advance(5min);
     QCoreApplication::processEvents();
-    EXPECT_EQ(account.requestCount("/v2/user"), 4);
+    EXPECT_EQ(account.requestCount("/v2/user"), 5);
     EXPECT_EQ(s.connection(), Connection::noToken());
 }
 
@@ -140,14 +102,10 @@ TEST_F(RecoveryTest, FlakyScopesKeepTheirLastAnswerAndTheCountHolds) {
     account.addTeam("team_a", "acme");
     account.addProject("", "p_web", "web");
     account.addProject("team_a", "p_api", "api");
-    account.addDeployment("",
-                          FakeVercelAccount::deployment("w1", "p_web", "READY", at(-9), at(-8)));
-    account.addDeployment("",
-                          FakeVercelAccount::deployment("w2", "p_web", "ERROR", at(-5), at(-4)));
-    account.addDeployment("team_a",
-                          FakeVercelAccount::deployment("a1", "p_api", "READY", at(-7), at(-6)));
-    account.addDeployment("team_a",
-                          FakeVercelAccount::deployment("a2", "p_api", "READY", at(-3), at(-2)));
+    account.addDeployment("", deployment("w1", "p_web", "READY", -9, -8));
+    account.addDeployment("", deployment("w2", "p_web", "ERROR", -5, -4));
+    account.addDeployment("team_a", deployment("a1", "p_api", "READY", -7, -6));
+    account.addDeployment("team_a", deployment("a2", "p_api", "READY", -3, -2));
     AppState& s = connected();
     auto picture = [&] {
         QStringList lines;
@@ -173,22 +131,9 @@ TEST_F(RecoveryTest, FlakyScopesKeepTheirLastAnswerAndTheCountHolds) {
 
     // A new deployment still comes through once its scope answers.
     account.failEvery = 0;
-    account.addDeployment("team_a",
-                          FakeVercelAccount::deployment("a3", "p_api", "BUILDING", at(0)));
+    account.addDeployment("team_a", deployment("a3", "p_api", "BUILDING", 0));
     nextPass();
     EXPECT_EQ(picture(), "p_api=a3/60 p_web=w2/60 today 5");
-}
-
-// The first listing starts a pass of its own; the loop that starts right after waits for it and
-// takes its pause from what it found: a queued build is polled 8 s later, not after the interval.
-TEST_F(RecoveryTest, FirstConnectPollsAQueuedBuildEightSecondsLater) {
-    account.addProject("", "p_web", "web");
-    account.addDeployment("", FakeVercelAccount::deployment("q1", "p_web", "QUEUED", at(0)));
-    AppState& s = connected();
-    ASSERT_TRUE(sleepsRequested(1));
-    EXPECT_EQ(s.snapshots()[0].status(), DeployStatus::queued);
-    EXPECT_EQ(clock.requestedSleeps().first(), 8s);
-    EXPECT_EQ(account.requestCount("/v6/deployments"), 1);
 }
 
 } // namespace

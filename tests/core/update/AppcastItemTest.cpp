@@ -29,9 +29,8 @@ TEST(AppcastItem, PicksTheNewestUsableItemWhereverItsFieldsAre) {
     ASSERT_TRUE(newest) << newest.error().toStdString();
     EXPECT_EQ(newest->version, "1.10");
     EXPECT_EQ(newest->downloadPage, QUrl("https://dl.fernhollow.com/quillon-1.10.deb"));
-}
 
-TEST(AppcastItem, PrefersTheLinkAndTheShortVersionElement) {
+    // The link and the short version element win over the enclosure's.
     const Expected<AppcastItem, QString> item = AppcastItem::newestIn(feed(R"(
 <item><sparkle:version>203</sparkle:version>
   <sparkle:shortVersionString>2.1</sparkle:shortVersionString>
@@ -48,8 +47,6 @@ TEST(AppcastItem, TellsWhyAFeedOffersNothing) {
         return item ? QStringLiteral("found %1").arg(item->version) : item.error();
     };
     EXPECT_EQ(reason(feed("")), "the feed offers no version.");
-    EXPECT_EQ(reason(feed("<item><link>https://x.example/</link></item>")),
-              "the feed offers no version.");
     EXPECT_EQ(reason("<html><body>Not found</body></html>"), "the feed is not an RSS appcast.");
     EXPECT_TRUE(reason(feed("<item><sparkle:version>2</sparkle:version>"))
                     .startsWith("the feed is not valid XML"));

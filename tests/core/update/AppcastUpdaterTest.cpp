@@ -1,10 +1,11 @@
 #include "core/update/AppcastUpdater.h"
-#include "core/common/Language.h"
 #include "core/update/UpdateAnnouncer.h"
 #include "support/FakeServices.h"
+#include "support/FrenchDesktop.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/ManualClock.h"
 #include "support/QtPrinters.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TempPreferences.h"
 #include "support/WaitUntil.h"
 
@@ -24,8 +25,7 @@ QByteArray appcast(const QByteArray& version) {
 }
 
 Response xml(QByteArray body, int status = 200) {
-    Response response{status, {{"Content-Type", "application/rss+xml"}}, std::move(body)};
-    return response;
+    return {status, {{"Content-Type", "application/rss+xml"}}, std::move(body)};
 }
 
 // An updater for version 1.4 reading the test server's /appcast.xml.
@@ -52,7 +52,7 @@ struct UpdaterFixture : ::testing::Test {
 
 } // namespace
 
-TEST_F(UpdaterFixture, TellsANewerVersionAndWhereToGetIt) {
+TEST_F(UpdaterFixture, TellsANewerVersionAndWhereToGetItOrThatItIsUpToDate) {
     EXPECT_EQ(updater.resultText(), "");
     serve(xml(appcast("1.10")));
     int changes = 0;
@@ -61,20 +61,11 @@ TEST_F(UpdaterFixture, TellsANewerVersionAndWhereToGetIt) {
     EXPECT_EQ(changes, 2); // the check started, then ended
     EXPECT_EQ(updater.downloadPage(), QUrl("https://fernhollow.com/quillon/1.10"));
 
-    Language::overrideSystemLanguages({QStringLiteral("fr-FR")});
-    EXPECT_EQ(updater.resultText(), "Quillon 1.10 est disponible.");
-    Language::overrideSystemLanguages({QStringLiteral("en-US")});
-}
-
-TEST_F(UpdaterFixture, SameOrOlderVersionIsUpToDate) {
     for (const QByteArray version : {"1.4", "1.4.0", "1.3.9"}) {
         serve(xml(appcast(version)));
         EXPECT_EQ(check(), "Quillon is up to date.") << version.constData();
         EXPECT_EQ(updater.downloadPage(), std::nullopt);
     }
-    Language::overrideSystemLanguages({QStringLiteral("fr-FR")});
-    EXPECT_EQ(updater.resultText(), "Quillon est à jour.");
-    Language::overrideSystemLanguages({QStringLiteral("en-US")});
 }
 
 TEST_F(UpdaterFixture, AnUnreadableFeedSaysWhyAndOffersNothing) {
@@ -83,16 +74,14 @@ TEST_F(UpdaterFixture, AnUnreadableFeedSaysWhyAndOffersNothing) {
     serve(xml("Not here", 404));
     EXPECT_EQ(check(), "Could not check for updates: the server answered with HTTP status 404.");
     EXPECT_EQ(updater.downloadPage(), std::nullopt);
-    serve(xml(appcast("2.0").chopped(10)));
-    EXPECT_TRUE(check().startsWith("Could not check for updates: the feed is not valid XML"));
-    serve(xml(appcast("2.0").replace("sparkle:version", "version")));
+    serve(xml(appcast("2.0").replace("sparkle:version", "version"))); // see AppcastItem
     EXPECT_EQ(check(), "Could not check for updates: the feed offers no version.");
     serve(xml(QByteArray(AppcastUpdater::maxFeedBytes + 1, ' ')));
     EXPECT_EQ(check(), "Could not check for updates: the feed is larger than 4 MiB.");
-
-    Language::overrideSystemLanguages({QStringLiteral("fr-FR")});
-    EXPECT_EQ(check(), "Impossible de vérifier les mises à jour : le flux dépasse 4 Mio.");
-    Language::overrideSystemLanguages({QStringLiteral("en-US")});
+    {
+        FrenchDesktop french;
+        EXPECT_EQ(check(), "Impossible de vérifier les mises à jour : le flux dépasse 4 Mio.");
+    }
 
     // A refused connection is reported too.
     AppcastUpdater closed(QUrl("http://127.0.0.1:1/appcast.xml"), clock, QStringLiteral("1.4"));
@@ -128,35 +117,29 @@ TEST_F(UpdaterFixture, AutomaticChecksFollowThePreference) {
     EXPECT_EQ(clock.pendingSleepers(), 1);
     clock.advance(30s);
     ASSERT_TRUE(waitUntil([this] { return feedRequests() == 3; }));
-}
 
-TEST_F(UpdaterFixture, AutomaticChecksStayOffWhenTheUserSaidSo) {
-    serve(xml(appcast("1.5")));
-    TempPreferences preferences;
+    // Turned off, they stay off at the next start too.
+    updater.setAutomaticallyChecksForUpdates(false);
     preferences->setBoolean(AppcastUpdater::automaticChecksKey, false);
-    updater.start(*preferences);
-    EXPECT_FALSE(updater.automaticallyChecksForUpdates());
+    AppcastUpdater restarted(feedUrl, clock, QStringLiteral("1.4"));
+    restarted.start(*preferences);
+    EXPECT_FALSE(restarted.automaticallyChecksForUpdates());
     clock.advance(48h);
     QCoreApplication::processEvents();
-    EXPECT_EQ(feedRequests(), 0);
-    EXPECT_EQ(check(), "Quillon 1.5 is available."); // "Check now" still works
+    EXPECT_EQ(feedRequests(), 3);
 }
 
 TEST(AppcastFeed, ComesFromTheBuildOrASafeOverride) {
-    const QByteArray saved = qgetenv("QUILLON_APPCAST_URL");
     const auto feedFor = [](const char* value) {
-        qputenv("QUILLON_APPCAST_URL", value);
+        const ScopedEnvironment env("QUILLON_APPCAST_URL", QByteArray(value));
         const Expected<QUrl, QString> feed = AppcastUpdater::feedFromEnvironment();
         return feed ? feed.value().toString() : QStringLiteral("refused: ") + feed.error();
     };
     EXPECT_EQ(feedFor(""), AppcastUpdater::defaultFeed().toString());
-    EXPECT_EQ(feedFor("https://staging.example/feed.xml"), "https://staging.example/feed.xml");
+    // The address rule is the API base's (see VercelAPIBase); here, that the feed follows it.
     EXPECT_EQ(feedFor("http://127.0.0.1:8080/a.xml"), "http://127.0.0.1:8080/a.xml");
-    EXPECT_EQ(feedFor("http://localhost/a.xml"), "http://localhost/a.xml");
-    for (const char* refused : {"http://example.com/a.xml", "ftp://127.0.0.1/a", "feed.xml",
-                                "https://user@example.com/a.xml"})
-        EXPECT_TRUE(feedFor(refused).startsWith("refused: QUILLON_APPCAST_URL must")) << refused;
-    qputenv("QUILLON_APPCAST_URL", saved);
+    EXPECT_TRUE(
+        feedFor("http://example.com/a.xml").startsWith("refused: QUILLON_APPCAST_URL must"));
 
     ManualClock clock;
     AppcastUpdater refused(QStringLiteral("no feed here."), clock);

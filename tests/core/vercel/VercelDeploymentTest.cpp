@@ -22,6 +22,10 @@ VercelDeployment withMessage(const QString& message) {
 } // namespace
 
 TEST(VercelDeployment, StatusPrefersReadyStateThenStateAndIgnoresCase) {
+    EXPECT_EQ(deployStatusFromRaw(u"INITIALIZING"), DeployStatus::initializing);
+    EXPECT_EQ(deployStatusFromRaw(rawValue(DeployStatus::canceled)), DeployStatus::canceled);
+    for (const char16_t* raw : {u"ready", u"READY ", u"CANCELLED", u""})
+        EXPECT_FALSE(deployStatusFromRaw(raw));
     EXPECT_EQ(deployment(R"({"state": "READY"})").status(), DeployStatus::ready);
     EXPECT_EQ(deployment(R"({"readyState": "ready"})").status(), DeployStatus::ready);
     EXPECT_EQ(deployment(R"({"readyState": "Building"})").status(), DeployStatus::building);
@@ -33,16 +37,16 @@ TEST(VercelDeployment, StatusPrefersReadyStateThenStateAndIgnoresCase) {
     // Null counts as missing.
     EXPECT_EQ(deployment(R"({"readyState": null, "state": "queued"})").status(),
               DeployStatus::queued);
-    EXPECT_EQ(deployment(R"({"readyState": "DELETED"})").status(), DeployStatus::unknown);
     EXPECT_EQ(deployment(R"({"readyState": " READY"})").status(), DeployStatus::unknown);
     EXPECT_EQ(deployment("{}").status(), DeployStatus::unknown);
-}
-
-TEST(VercelDeployment, IdFallsBackToUid) {
+    // The id falls back to `uid`.
     EXPECT_EQ(deployment(R"({"uid": "dpl_abc"})").deploymentID(), "dpl_abc");
     EXPECT_EQ(deployment(R"({"id": "dpl_new", "uid": "dpl_old"})").deploymentID(), "dpl_new");
     EXPECT_EQ(deployment(R"({"id": null, "uid": "dpl_old"})").deploymentID(), "dpl_old");
     EXPECT_EQ(deployment("{}").deploymentID(), "");
+    EXPECT_TRUE(deployment(R"({"target": "production"})").isProduction());
+    EXPECT_FALSE(deployment(R"({"target": "Production"})").isProduction());
+    EXPECT_FALSE(deployment(R"({"target": null})").isProduction());
 }
 
 TEST(VercelDeployment, MetaLookupSkipsValuesWithoutText) {
@@ -67,17 +71,13 @@ TEST(VercelDeployment, MetaLookupSkipsValuesWithoutText) {
     EXPECT_FALSE(shortHash.branch());
     EXPECT_FALSE(shortHash.commitTitle());
 
-    const VercelDeployment noMeta = deployment(R"({"meta": null})");
-    EXPECT_FALSE(noMeta.branch());
-    EXPECT_FALSE(noMeta.shortSHA());
+    EXPECT_FALSE(deployment(R"({"meta": null})").shortSHA());
 }
 
 TEST(VercelDeployment, CommitTitleIsTheFirstNonEmptyLineTrimmedHorizontally) {
     EXPECT_EQ(withMessage("\n\nFix login\nDetails").commitTitle(), "Fix login");
     EXPECT_EQ(withMessage("  Fix login  \nmore").commitTitle(), "Fix login");
     EXPECT_EQ(withMessage("\t\u00a0Fix login\u3000\u2009\n").commitTitle(), "Fix login");
-    EXPECT_EQ(withMessage("Merge pull request #12\n\nfrom ana/fix").commitTitle(),
-              "Merge pull request #12");
     // CRLF is not a line feed: such text stays whole, and line breaks are not trimmed.
     EXPECT_EQ(withMessage("Fix login\r\nDetails").commitTitle(), "Fix login\r\nDetails");
     EXPECT_EQ(withMessage("  Fix\r\n").commitTitle(), "Fix\r\n");
@@ -101,11 +101,4 @@ TEST(VercelDeployment, StartAndDuration) {
     EXPECT_FALSE(deployment(R"({"buildingAt": 5000})").buildDuration());
     EXPECT_FALSE(deployment(R"({"ready": 5000})").buildDuration());
     EXPECT_FALSE(deployment("{}").startedAt());
-}
-
-TEST(VercelDeployment, OnlyTheExactTargetProductionIsProduction) {
-    EXPECT_TRUE(deployment(R"({"target": "production"})").isProduction());
-    EXPECT_FALSE(deployment(R"({"target": "Production"})").isProduction());
-    EXPECT_FALSE(deployment(R"({"target": "staging"})").isProduction());
-    EXPECT_FALSE(deployment(R"({"target": null})").isProduction());
 }

@@ -1,5 +1,4 @@
 #include "support/desktop/PrivateDesktop.h"
-#include "support/PrivateBusConfig.h"
 #include "support/StopProcess.h"
 
 #include "support/WaitUntil.h"
@@ -20,6 +19,20 @@ const QString kNotifications = QStringLiteral("org.freedesktop.Notifications");
 const QByteArray dunstConfig = "[urgency_low]\n    timeout = 0\n"
                                "[urgency_normal]\n    timeout = 0\n"
                                "[urgency_critical]\n    timeout = 0\n";
+
+// A session bus listening in the home, without service directories: a name nobody owns stays
+// unowned instead of activating the machine's own keyring or notifier.
+QByteArray privateBusConfig(const QString& socketDir) {
+    return QStringLiteral(
+               "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
+               "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+               "<busconfig><type>session</type><listen>unix:dir=%1</listen>"
+               "<auth>EXTERNAL</auth><policy context=\"default\">"
+               "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
+               "<allow own=\"*\"/></policy></busconfig>\n")
+        .arg(socketDir)
+        .toUtf8();
+}
 
 bool writeFile(const QString& path, const QByteArray& contents) {
     QFile file(path);
@@ -102,8 +115,9 @@ std::optional<QString> PrivateDesktop::startDunstWith(const QByteArray& globalSe
     return std::nullopt;
 }
 
-std::optional<QString> PrivateDesktop::startKeyring() {
-    return keyring_.start(KeyringDaemon::Login::unlocked, environment(), connection());
+std::optional<QString> PrivateDesktop::startKeyring(KeyringDaemon::Login login) {
+    keyring_.stop();
+    return keyring_.start(login, environment(), connection());
 }
 
 bool PrivateDesktop::dunstServes() const {
@@ -123,8 +137,9 @@ void PrivateDesktop::resumeDunst() {
 
 QProcessEnvironment PrivateDesktop::environment() const {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "LANGUAGE",
-                             "XAUTHORITY", "QUILLON_DEMO", "QUILLON_DEMO_SPEED"})
+    for (const char* name :
+         {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "LANGUAGE", "XAUTHORITY",
+          "QUILLON_DEMO", "QUILLON_DEMO_SPEED", "GNOME_KEYRING_CONTROL", "SSH_AUTH_SOCK"})
         env.remove(QString::fromLatin1(name));
     env.insert(QStringLiteral("HOME"), home_.path());
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), home_.filePath(QStringLiteral("config")));

@@ -27,8 +27,11 @@ public:
     // [global] section (for example its dmenu command).
     std::optional<QString> startDunstWith(const QByteArray& globalSettings);
     std::optional<QString> startDunst() { return startDunstWith({}); }
-    // On the bus, which must run already: the Secret Service with an unlocked login keyring.
-    std::optional<QString> startKeyring();
+    // On the bus, which must run already: the Secret Service, by default with an unlocked login
+    // keyring. Started again, it plays a new login: the session collection is gone and the login
+    // keyring (kept in the home) is unlocked with its password.
+    std::optional<QString>
+    startKeyring(KeyringDaemon::Login login = KeyringDaemon::Login::unlocked);
     KeyringDaemon& keyring() { return keyring_; }
 
     // Freezes dunst (SIGSTOP): it keeps its bus name but answers nothing until resumed.
@@ -37,6 +40,7 @@ public:
 
     QString display() const { return display_; } // ":3"
     QString busAddress() const { return address_; }
+    QString home() const { return home_.path(); }
     // The test's own connection to the private bus.
     QDBusConnection connection() const { return QDBusConnection(connectionName_); }
     // For child processes: the private display and bus, a temporary home, English messages.

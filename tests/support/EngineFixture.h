@@ -1,20 +1,15 @@
 #pragma once
 
-#include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
 #include "support/FakeDesktop.h"
-#include "support/FakeServices.h"
 #include "support/FakeVercelAccount.h"
-#include "support/ManualClock.h"
-#include "support/MemorySecretBackend.h"
-#include "support/TempPreferences.h"
 #include "support/WaitUntil.h"
 
 #include <QCoro/QCoroTask>
 #include <gtest/gtest.h>
 
 // An AppState wired to a fake Vercel account on 127.0.0.1, an in-memory keyring, a manual clock
-// and recording desktop services.
+// at 15:00 and recording desktop services; a test may hand it other services instead.
 class EngineFixture : public ::testing::Test, protected FakeDesktop {
 protected:
     LoopbackHttpServer server;
@@ -23,8 +18,9 @@ protected:
 
     void TearDown() override { state.reset(); }
 
-    AppState& makeState() {
-        state = std::make_unique<AppState>(services(server.baseUrl()));
+    AppState& makeState() { return makeState(services(server.baseUrl())); }
+    AppState& makeState(const AppState::Services& wired) {
+        state = std::make_unique<AppState>(wired);
         return *state;
     }
 
@@ -41,15 +37,20 @@ protected:
         return static_cast<double>(clock.now().addSecs(minutes * 60).toMSecsSinceEpoch());
     }
 
+    // A deployment as the account lists it, created (and ready) so many minutes after 15:00.
+    QJsonObject deployment(const QString& id, const QString& projectId, const QString& state,
+                           int created, std::optional<int> ready = std::nullopt) const {
+        return FakeVercelAccount::deployment(id, projectId, state, at(created),
+                                             ready ? std::optional(at(*ready)) : std::nullopt);
+    }
+
     // Runs the loop's next pause and waits for the pass it starts.
     void nextPass() {
-        const int before =
-            account.requestCount("/v6/deployments") + account.requestCount("/v9/projects");
+        const auto passRequests = [this] {
+            return account.requestCount("/v6/deployments") + account.requestCount("/v9/projects");
+        };
+        const int before = passRequests();
         clock.advance(std::chrono::minutes(5));
-        waitUntil([&] {
-            return account.requestCount("/v6/deployments") + account.requestCount("/v9/projects") >
-                       before &&
-                   !state->isRefreshing();
-        });
+        waitUntil([&] { return passRequests() > before && !state->isRefreshing(); });
     }
 };
