@@ -230,6 +230,9 @@ TEST(VercelDecoding, BuildEventsAreABareArray) {
 
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"({"events": []})"));
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"type": "stdout", "payload": "text"}])"));
+    // Kept or not, every member we know is checked for its kind.
+    EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"type": 1, "text": "a"}])"));
+    EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"created": "1732351201300", "text": "a"}])"));
     EXPECT_TRUE(decodeResponse<BuildEventList>("[]"));
 }
 
