@@ -186,6 +186,36 @@ TEST_F(EmblemRender, HeroInEveryTone) {
     keep(sheet, QStringLiteral("hero-sheet"));
 }
 
+// The emblem keeps its oval as a picture: after a change of tone, colour or black and white it
+// must look exactly like an emblem that never showed anything else.
+TEST_F(EmblemRender, HeroRedrawnAfterEveryChangeMatchesAFreshOne) {
+    const auto paint = [](PrismHero& hero) {
+        QImage image(hero.size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(panelBackground);
+        QPainter painter(&image);
+        hero.paintHero(painter);
+        return image;
+    };
+    PrismHero shown;
+    shown.setStatusPalette(&palette);
+    shown.setTone(Tone::building);
+    paint(shown);
+    const auto sameAsFresh = [&](Tone tone, bool monochrome) {
+        shown.setTone(tone);
+        shown.setMonochrome(monochrome);
+        PrismHero fresh;
+        fresh.setStatusPalette(&palette);
+        fresh.setTone(tone);
+        fresh.setMonochrome(monochrome);
+        return paint(shown) == paint(fresh);
+    };
+    EXPECT_TRUE(sameAsFresh(Tone::error, false));
+    EXPECT_TRUE(sameAsFresh(Tone::idle, false));
+    EXPECT_TRUE(sameAsFresh(Tone::idle, true));
+    palette.setError(QColor(0x11, 0x22, 0x33));
+    EXPECT_TRUE(sameAsFresh(Tone::error, false));
+}
+
 TEST_F(EmblemRender, ProgressAndBleedShots) {
     QImage sheet(240, 60, QImage::Format_ARGB32_Premultiplied);
     sheet.fill(panelBackground);
