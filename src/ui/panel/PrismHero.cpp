@@ -272,6 +272,7 @@ void PrismHero::showEvent(QShowEvent* event) {
 void PrismHero::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     timer_.stop();
+    body_ = QImage(); // a closed panel holds no picture; the next opening draws it again
 }
 
 void PrismHero::mouseMoveEvent(QMouseEvent* event) {
