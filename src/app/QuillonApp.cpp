@@ -37,7 +37,6 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
             Qt::QueuedConnection);
     connect(&updater_, &UpdateService::resultChanged, this, &QuillonApp::buildMenu,
             Qt::QueuedConnection);
-    updater_.start(Preferences::standard());
     tray_.systemTrayIcon().setContextMenu(&menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
 }
@@ -46,6 +45,9 @@ QuillonApp::~QuillonApp() = default;
 
 void QuillonApp::start(bool demo, std::optional<int> demoScene) {
     state_.start(demo);
+    // Demo mode makes no network request, so no update check either (and no network stack).
+    if (!demo)
+        updater_.start(Preferences::standard());
     hotKeys_ = bindDemoHotKeys(state_);
     if (demo && demoScene && state_.demo())
         state_.demo()->runScene(*demoScene);

@@ -3,6 +3,8 @@
 #include "ui/panel/HeroMotion.h"
 #include "ui/status/StatusPalette.h"
 
+#include <QImage>
+#include <QPainter>
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -127,4 +129,36 @@ TEST(PrismHero, TakesTheToneColourAndItsCountDimsWhenDisconnectedAndBreathesOnEr
     hero.hide();
     hero.show(); // every opening starts the motion afresh
     EXPECT_EQ(hero.motion().clock(), 0);
+}
+
+// The emblem keeps its oval as a picture: after a change of tone, colour or black and white it
+// must look exactly like an emblem that never showed anything else.
+TEST(PrismHero, RedrawnAfterEveryChangeItMatchesAFreshOne) {
+    TempPreferences prefs;
+    StatusPalette palette(*prefs, "#FF0074");
+    const auto paint = [](PrismHero& hero) {
+        QImage image(hero.size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::black);
+        QPainter painter(&image);
+        hero.paintHero(painter);
+        return image;
+    };
+    PrismHero shown;
+    shown.setStatusPalette(&palette);
+    shown.setTone(Tone::building);
+    paint(shown);
+    const auto sameAsFresh = [&](Tone tone, bool monochrome) {
+        shown.setTone(tone);
+        shown.setMonochrome(monochrome);
+        PrismHero fresh;
+        fresh.setStatusPalette(&palette);
+        fresh.setTone(tone);
+        fresh.setMonochrome(monochrome);
+        return paint(shown) == paint(fresh);
+    };
+    EXPECT_TRUE(sameAsFresh(Tone::error, false));
+    EXPECT_TRUE(sameAsFresh(Tone::idle, false));
+    EXPECT_TRUE(sameAsFresh(Tone::idle, true));
+    palette.setError(QColor(0x11, 0x22, 0x33));
+    EXPECT_TRUE(sameAsFresh(Tone::error, false));
 }

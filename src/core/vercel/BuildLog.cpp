@@ -1,6 +1,8 @@
 #include "core/vercel/BuildLog.h"
 
-#include <QRegularExpression>
+#include <QVarLengthArray>
+#include <algorithm>
+#include <string_view>
 
 namespace {
 
@@ -8,23 +10,58 @@ constexpr qsizetype kLinesBefore = 15;
 constexpr qsizetype kExcerptLength = 80;
 constexpr qsizetype kTailLength = 60;
 
+constexpr std::string_view kMarkers[] = {"error",   "failed",    "cannot",    "unexpected",
+                                         "missing", "not found", "exception", "exit code"};
+
 bool hasErrorMarker(const QString& line) {
-    static const QLatin1String markers[] = {
-        QLatin1String("error"),      QLatin1String("failed"),    QLatin1String("cannot"),
-        QLatin1String("unexpected"), QLatin1String("missing"),   QLatin1String("not found"),
-        QLatin1String("exception"),  QLatin1String("exit code"),
-    };
-    const QString lower = line.toLower();
-    return std::any_of(std::begin(markers), std::end(markers),
-                       [&](QLatin1String marker) { return lower.contains(marker); });
+    // Build logs are nearly all ASCII: such a line is lowered into a buffer on the stack rather
+    // than into a new string. Any other line takes Unicode's lowering.
+    QVarLengthArray<char, 256> lowered(line.size());
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const char16_t c = line.at(i).unicode();
+        if (c >= 0x80) {
+            const QString lower = line.toLower();
+            return std::any_of(std::begin(kMarkers), std::end(kMarkers), [&](auto marker) {
+                return lower.contains(QLatin1StringView(marker.data(), marker.size()));
+            });
+        }
+        lowered[i] = char(c >= u'A' && c <= u'Z' ? c - u'A' + u'a' : c);
+    }
+    const std::string_view lower(lowered.data(), lowered.size());
+    return std::any_of(std::begin(kMarkers), std::end(kMarkers),
+                       [&](auto marker) { return lower.find(marker) != lower.npos; });
+}
+
+bool isAsciiLetter(QChar c) {
+    return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z');
+}
+
+// The length of the terminal control sequence (ESC '[', digits and ';', one letter) at `at`,
+// or 0 when none starts there.
+qsizetype sequenceLength(QStringView text, qsizetype at) {
+    if (text[at] != QChar(0x1b) || at + 1 >= text.size() || text[at + 1] != u'[')
+        return 0;
+    qsizetype end = at + 2;
+    while (end < text.size() && ((text[end] >= u'0' && text[end] <= u'9') || text[end] == u';'))
+        ++end;
+    return end < text.size() && isAsciiLetter(text[end]) ? end + 1 - at : 0;
 }
 
 QString withoutTerminalSequences(const QString& text) {
-    if (!text.contains(QChar(0x1b)))
-        return text; // most lines carry none; skip the regular expression
-    static const QRegularExpression sequence(QStringLiteral("\x1b\\[[0-9;]*[A-Za-z]"));
-    QString cleaned = text;
-    cleaned.remove(sequence);
+    qsizetype at = text.indexOf(QChar(0x1b));
+    if (at < 0)
+        return text; // most lines carry none
+    QString cleaned;
+    cleaned.reserve(text.size());
+    qsizetype kept = 0; // start of the text not yet copied
+    for (; at < text.size(); ++at) {
+        if (const qsizetype length = sequenceLength(text, at)) {
+            cleaned.append(QStringView(text).sliced(kept, at - kept));
+            kept = at + length;
+            at = kept - 1;
+        }
+    }
+    cleaned.append(QStringView(text).sliced(kept));
     return cleaned;
 }
 

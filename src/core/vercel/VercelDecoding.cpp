@@ -67,11 +67,13 @@ bool optional(const QJsonObject& o, QLatin1StringView key, std::optional<T>& out
         out.reset();
         return true;
     }
-    T value{};
-    if (!read(v, value))
-        return false;
-    out = std::move(value);
-    return true;
+    return read(v, out.emplace());
+}
+
+// A member nothing reads still has to be of its kind when present and not null.
+bool optionalKind(const QJsonObject& o, QLatin1StringView key, QJsonValue::Type kind) {
+    const QJsonValue::Type type = o.value(key).type();
+    return type == QJsonValue::Undefined || type == QJsonValue::Null || type == kind;
 }
 
 // Null fails like any other wrong kind, and so does a missing member.
@@ -188,8 +190,9 @@ bool read(const QJsonValue& v, VercelBuildEvent& out) {
         return false;
     const QJsonObject o = v.toObject();
     using L = QLatin1StringView;
-    return optional(o, L("type"), out.type) && optional(o, L("created"), out.created) &&
-           optional(o, L("text"), out.text) && optional(o, L("payload"), out.payload);
+    return optionalKind(o, L("type"), QJsonValue::String) &&
+           optionalKind(o, L("created"), QJsonValue::Double) && optional(o, L("text"), out.text) &&
+           optional(o, L("payload"), out.payload);
 }
 
 std::optional<QJsonDocument> parse(const QByteArray& body) {

@@ -67,12 +67,11 @@ struct VercelTokenInfo {
     std::optional<double> expiresAt; // ms; absent: the token never expires
 };
 
+// Only the text is kept; `type` (text) and `created` (a number) are checked for their kind.
 struct VercelBuildEvent {
     struct Payload {
         std::optional<QString> text;
     };
-    std::optional<QString> type;
-    std::optional<double> created;
     std::optional<QString> text;
     std::optional<Payload> payload;
 };

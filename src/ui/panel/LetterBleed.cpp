@@ -137,6 +137,8 @@ void LetterBleed::showEvent(QShowEvent* event) {
 void LetterBleed::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     timer_.stop();
+    blurred_ = {}; // a closed panel holds no blurred copies; they are made again on hover
+    blurredValid_ = false;
 }
 
 void LetterBleed::resizeEvent(QResizeEvent* event) {

@@ -176,34 +176,54 @@ void PrismHero::paintPrism(QPainter& painter, QPointF centre) {
         motion_.tone() == Tone::error ? 0.03 * motion_.breatheLevel() : 0.012 * motion_.idleLevel();
     painter.scale(1 + swell, 1 + swell);
 
-    const QPainterPath oval = Vesica::path(prismBounds);
     const double strength = layerOpacity(false);
-    painter.setOpacity(0.16 * strength);
-    painter.fillPath(oval, fill(prismBounds));
-
-    // The wide strokes are softened into a glow; the crisp edge goes on top.
-    const QColor color = toneColor();
-    painter.setOpacity(layerOpacity(true));
-    painter.drawImage(prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin),
-                      glowImage(color));
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setOpacity(strength);
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(color, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.drawPath(oval);
+    painter.drawImage(prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin),
+                      bodyImage(painter.device()->devicePixelRatioF()));
 
     // The core leans with the slow idle motion and with sideways speed.
     const double lean =
         std::clamp(0.25 * motion_.idleLevel() + std::abs(motion_.velocity().x()) / 400, 0.0, 1.0);
-    painter.setOpacity(strength);
     painter.fillPath(Triangle{7, lean}.path(coreBounds), fill(coreBounds));
     painter.restore();
 }
 
-const QImage& PrismHero::glowImage(const QColor& color) {
-    if (color == glowColor_ && !glow_.isNull())
-        return glow_;
-    // Drawn at twice the size so the glow stays smooth on high-density screens.
-    constexpr double scale = 2;
+const QImage& PrismHero::bodyImage(double pixelRatio) {
+    const BodyKey key{motion_.tone(),
+                      monochrome_,
+                      toneColor().rgba(),
+                      fill(prismBounds).gradient() != nullptr,
+                      paletteColor(&StatusPalette::success, "#0CF1E8").rgba(),
+                      paletteColor(&StatusPalette::queued, "#C05BEC").rgba(),
+                      pixelRatio};
+    if (key == bodyKey_ && !body_.isNull())
+        return body_;
+    // At the scale the scene is shown, so that each frame places it nearly one to one. The
+    // layers are faded relative to the edge, which the frame fades as a whole.
+    const double scale = sceneScale * pixelRatio;
+    const QRectF area = prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin);
+    body_ = QImage((area.size() * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+    body_.fill(Qt::transparent);
+    QPainter painter(&body_);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    painter.translate(-area.topLeft());
+    const QPainterPath oval = Vesica::path(prismBounds);
+    painter.setOpacity(0.16);
+    painter.fillPath(oval, fill(prismBounds));
+    const QColor color = toneColor();
+    painter.setOpacity(layerOpacity(true) / layerOpacity(false));
+    painter.drawImage(area, glowImage(color, scale));
+    painter.setOpacity(1);
+    painter.setPen(QPen(color, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPath(oval);
+    painter.end();
+    bodyKey_ = key;
+    return body_;
+}
+
+QImage PrismHero::glowImage(const QColor& color, double scale) {
     const QRectF area = prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin);
     QImage strokes((area.size() * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
     strokes.fill(Qt::transparent);
@@ -220,21 +240,26 @@ const QImage& PrismHero::glowImage(const QColor& color) {
     }
     const QImage soft = SoftBlur::blurred(strokes, 6 * scale);
     const int margin = (soft.width() - strokes.width()) / 2;
-    glow_ = soft.copy(margin, margin, strokes.width(), strokes.height());
-    glowColor_ = color;
-    return glow_;
+    return soft.copy(margin, margin, strokes.width(), strokes.height());
 }
 
 void PrismHero::paintCount(QPainter& painter, QPointF centre) {
+    // Laid out once per text and font; each frame only places it.
     QFont font = this->font();
     setLayoutPixelSize(font, 34);
     font.setWeight(QFont::Thin);
     font.setStyleHint(QFont::SansSerif);
+    if (countLayout_.text() != countText() || countFont_ != font) {
+        countLayout_.setText(countText());
+        countLayout_.setTextFormat(Qt::PlainText);
+        countLayout_.prepare(QTransform(), font);
+        countFont_ = font;
+    }
     painter.setFont(font);
     painter.setOpacity(countOpacity());
     painter.setPen(Qt::white);
-    painter.drawText(QRectF(centre - QPointF(60, 30), QSizeF(120, 60)), Qt::AlignCenter,
-                     countText());
+    const QSizeF size = countLayout_.size();
+    painter.drawStaticText(centre - QPointF(size.width(), size.height()) / 2, countLayout_);
     painter.setOpacity(1);
 }
 
@@ -247,6 +272,7 @@ void PrismHero::showEvent(QShowEvent* event) {
 void PrismHero::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     timer_.stop();
+    body_ = QImage(); // a closed panel holds no picture; the next opening draws it again
 }
 
 void PrismHero::mouseMoveEvent(QMouseEvent* event) {

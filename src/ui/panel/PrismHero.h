@@ -7,6 +7,7 @@
 #include <QColor>
 #include <QImage>
 #include <QPointer>
+#include <QStaticText>
 #include <QTimer>
 #include <QWidget>
 
@@ -56,13 +57,29 @@ private:
     void paintPuffs(QPainter& painter, QPointF origin);
     void paintPrism(QPainter& painter, QPointF origin);
     void paintCount(QPainter& painter, QPointF centre);
-    const QImage& glowImage(const QColor& color);
+    // The oval's fill, glow and edge: they change only with the tone and the colours, so they
+    // are drawn once into an image that each frame places, turns and fades.
+    const QImage& bodyImage(double pixelRatio);
+    static QImage glowImage(const QColor& color, double scale);
+
+    struct BodyKey {
+        Tone tone = Tone::idle;
+        bool monochrome = false;
+        QRgb color = 0;
+        bool gradient = false;
+        QRgb success = 0;
+        QRgb queued = 0;
+        double pixelRatio = 0;
+        bool operator==(const BodyKey&) const = default;
+    };
 
     HeroMotion motion_;
     QPointer<StatusPalette> palette_;
     int count_ = 0;
     bool monochrome_ = false;
     QTimer timer_;
-    QImage glow_;
-    QColor glowColor_;
+    QImage body_;
+    BodyKey bodyKey_;
+    QStaticText countLayout_;
+    QFont countFont_;
 };

@@ -130,6 +130,9 @@ TEST(VercelDecoding, AnyWrongKindMissingMemberOrBrokenJsonFailsTheBody) {
     EXPECT_FALSE(decodeResponse<TokenInfoResponse>(R"({"token": {"expiresAt": "never"}})"));
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"({"events": []})"));
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"type": "stdout", "payload": "text"}])"));
+    // Kept or not, every member we know is checked for its kind.
+    EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"type": 1, "text": "a"}])"));
+    EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"created": "1732351201300", "text": "a"}])"));
 }
 
 // Teams, user and token expiry reach the engine from the fake account; here what it never sends.
