@@ -40,6 +40,10 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
     updater_.start(Preferences::standard());
     tray_.systemTrayIcon().setContextMenu(&menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
+    connect(&tray_, &TrayIcon::menuRequested, this, [this](QPoint position) {
+        lastClick_ = position;
+        menu_.popup(position);
+    });
 }
 
 QuillonApp::~QuillonApp() = default;
@@ -50,7 +54,7 @@ void QuillonApp::start(bool demo, std::optional<int> demoScene) {
     if (demo && demoScene && state_.demo())
         state_.demo()->runScene(*demoScene);
     // Last, so that everything the icon leads to already answers once it is on screen.
-    tray_.systemTrayIcon().show();
+    tray_.show();
 }
 
 void QuillonApp::buildMenu() {
@@ -107,6 +111,14 @@ std::optional<QRectF> QuillonApp::trayAnchor() const {
         return QRectF(*rect);
     if (lastClick_)
         return QRectF(*lastClick_, QSizeF(0, 0));
+    // A StatusNotifierItem host tells nothing before the first click: the top right corner,
+    // where most trays sit, rather than a wait for a geometry that never comes.
+    if (tray_.servesStatusNotifier()) {
+        if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+            const QRect area = screen->availableGeometry();
+            return QRectF(QPointF(area.right(), area.top()), QSizeF(0, 0));
+        }
+    }
     return std::nullopt;
 }
 
@@ -118,8 +130,7 @@ void QuillonApp::openPanel(const QPoint& position) {
         connect(panel_.get(), &PanelView::contentResized, this, &QuillonApp::placePanel);
         connect(panel_.get(), &PanelView::quillonOpenSettings, this, &QuillonApp::showSettings);
     }
-    const std::optional<QRect> rect = tray_.geometry();
-    panelAnchor_ = rect ? QPoint(rect->center().x(), rect->bottom()) : position;
+    panelIcon_ = tray_.geometry().value_or(QRect(position, QSize(1, 1)));
     panel_->redraw();
     placePanel();
     panel_->show();
@@ -131,11 +142,11 @@ void QuillonApp::placePanel() {
         return;
     const QSize size(PanelView::panelWidth, panel_->fittingHeight());
     panel_->resize(size);
-    QScreen* screen = QGuiApplication::screenAt(panelAnchor_);
+    QScreen* screen = QGuiApplication::screenAt(panelIcon_.center());
     if (!screen)
         screen = QGuiApplication::primaryScreen();
     std::optional<QRect> area;
     if (screen)
         area = screen->availableGeometry();
-    panel_->move(PanelPlacement::frame(panelAnchor_, size, area).topLeft());
+    panel_->move(PanelPlacement::frame(panelIcon_, size, area).topLeft());
 }

@@ -45,7 +45,7 @@ private:
     // The tray's right-click menu, in the current language.
     void buildMenu();
     void openPanel(const QPoint& position);
-    // Keeps the open panel under the tray icon, inside the screen with a margin.
+    // Keeps the open panel next to the tray icon, inside the screen with a margin.
     void placePanel();
     std::optional<QRectF> trayAnchor() const;
 
@@ -64,5 +64,5 @@ private:
     std::unique_ptr<DemoHotKeys> hotKeys_; // demo mode only
     // Where the tray icon was last clicked: the anchor when the tray does not tell its geometry.
     std::optional<QPoint> lastClick_;
-    QPoint panelAnchor_;
+    QRect panelIcon_; // the icon, or the click on it, that the open panel belongs to
 };

@@ -36,15 +36,38 @@ TEST(LiveActivityGeometry, UnderAnIconAtTheLeftEdgeTheBeakMovesLeft) {
     EXPECT_EQ(p.frame, QRectF(8 - 46, 25 - 46, 472, 192 + 92));
 }
 
-TEST(LiveActivityGeometry, WithoutAnIconTheCapsuleHangsFromTheTopCentre) {
+TEST(LiveActivityGeometry, WithoutAnIconTheCapsuleHangsInTheTopRightCorner) {
     const G::Placement p = G::place(std::nullopt, area, 2);
-    EXPECT_DOUBLE_EQ(p.beakX, 190);
-    EXPECT_EQ(p.frame, QRectF(720 - 190 - 46, 25 + 4 - 46, 472, 130 + 92));
+    EXPECT_EQ(p.frame, QRectF(1440 - 8 - 380 - 46, 25 + 4 - 46, 472, 130 + 92));
 }
 
-TEST(LiveActivityGeometry, APanelAtTheBottomPutsTheCapsuleAboveTheIcon) {
-    const QRectF usable(0, 0, 1440, 870);
-    const G::Placement p = G::place(QRectF(1400, 870, 37, 30), usable, 2);
-    EXPECT_DOUBLE_EQ(p.frame.bottom() - 46, 870);
-    EXPECT_DOUBLE_EQ(p.beakX, 366.5);
+// The content (the frame less its margin) touches the icon on the side away from the tray, on
+// screen; only a bottom tray turns the beak down.
+TEST(LiveActivityGeometry, TheCapsuleSitsNextToTheIconOnWhicheverEdgeTheTrayIs) {
+    struct Case {
+        QRectF icon;
+        QRectF area;
+        QRectF content;
+        TrayEdge edge;
+    } const cases[] = {
+        {QRectF(1400, 870, 37, 30),
+         QRectF(0, 0, 1440, 870),
+         {1052, 870 - 130, 380, 130},
+         TrayEdge::bottom},
+        {QRectF(700, 880, 1, 1),
+         QRectF(0, 0, 1440, 900),
+         {510.5, 880 - 130, 380, 130},
+         TrayEdge::bottom}, // a click on a bar that reserves no room
+        {QRectF(0, 400, 30, 30), QRectF(30, 0, 1410, 900), {38, 400, 380, 130}, TrayEdge::left},
+        {QRectF(1410, 850, 30, 30),
+         QRectF(0, 0, 1410, 900),
+         {1022, 770, 380, 130},
+         TrayEdge::right},
+    };
+    for (const Case& c : cases) {
+        const G::Placement p = G::place(c.icon, c.area, 2);
+        EXPECT_EQ(p.frame.adjusted(46, 46, -46, -46), c.content)
+            << c.icon.x() << ", " << c.icon.y();
+        EXPECT_EQ(p.edge, c.edge);
+    }
 }

@@ -49,7 +49,7 @@ void LiveActivityWindow::stopAnimations() {
 
 void LiveActivityWindow::slideIn(const QRect& target) {
     stopAnimations();
-    const QRect start = target.translated(0, -drop);
+    const QRect start = target.translated(0, bottomAnchored_ ? drop : -drop);
     setGeometry(start);
     setWindowOpacity(0);
     show();
@@ -71,7 +71,10 @@ void LiveActivityWindow::resizeKeepingTop(int height) {
         return;
     resize_.stop();
     resize_.setStartValue(geometry());
-    resize_.setEndValue(QRect(from.topLeft(), QSize(from.width(), height)));
+    QRect to(from.topLeft(), QSize(from.width(), height));
+    if (bottomAnchored_)
+        to.moveBottom(from.bottom());
+    resize_.setEndValue(to);
     resize_.setDuration(resizeMs);
     resize_.setEasingCurve(QEasingCurve::InOutCubic);
     resize_.start();
@@ -80,7 +83,7 @@ void LiveActivityWindow::resizeKeepingTop(int height) {
 void LiveActivityWindow::slideOut(std::function<void()> finished) {
     stopAnimations();
     slideGeometry_->setStartValue(geometry());
-    slideGeometry_->setEndValue(geometry().translated(0, -drop));
+    slideGeometry_->setEndValue(geometry().translated(0, bottomAnchored_ ? drop : -drop));
     slideOpacity_->setStartValue(windowOpacity());
     slideOpacity_->setEndValue(0.0);
     for (QPropertyAnimation* animation : {slideGeometry_, slideOpacity_}) {
