@@ -38,7 +38,7 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
     connect(&updater_, &UpdateService::resultChanged, this, &QuillonApp::buildMenu,
             Qt::QueuedConnection);
     updater_.start(Preferences::standard());
-    tray_.systemTrayIcon().setContextMenu(&menu_);
+    tray_.setContextMenu(menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
     connect(&tray_, &TrayIcon::menuRequested, this, [this](QPoint position) {
         lastClick_ = position;

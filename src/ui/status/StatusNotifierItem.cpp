@@ -1,5 +1,7 @@
 #include "ui/status/StatusNotifierItem.h"
 
+#include "ui/status/DBusMenuExporter.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -70,6 +72,8 @@ StatusNotifierItem::~StatusNotifierItem() {
         return;
     QDBusConnection bus = QDBusConnection::sessionBus();
     bus.unregisterObject(itemPath);
+    if (menuExporter_)
+        bus.unregisterObject(DBusMenuExporter::path);
     bus.unregisterService(service_);
 }
 
@@ -95,6 +99,10 @@ bool StatusNotifierItem::publish() {
                             QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
                                 QDBusConnection::ExportScriptableSignals))
         return false;
+    if (menuExporter_)
+        bus.registerObject(DBusMenuExporter::path, menuExporter_,
+                           QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
+                               QDBusConnection::ExportScriptableSignals);
     published_ = true;
     // A panel that restarts brings a new watcher, which knows nothing of us.
     auto* watcher = new QDBusServiceWatcher(watcherService, bus,
@@ -127,6 +135,15 @@ void StatusNotifierItem::setToolTip(const QString& text) {
     toolTip_ = text;
     if (published_)
         Q_EMIT NewToolTip();
+}
+
+void StatusNotifierItem::setMenu(QMenu& menu) {
+    if (!menuExporter_)
+        menuExporter_ = new DBusMenuExporter(menu, this);
+}
+
+QDBusObjectPath StatusNotifierItem::menu() const {
+    return QDBusObjectPath(menuExporter_ ? DBusMenuExporter::path : QStringLiteral("/NO_DBUSMENU"));
 }
 
 SniToolTip StatusNotifierItem::toolTip() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusArgument>
+#include <QDBusObjectPath>
 #include <QIcon>
 #include <QList>
 #include <QObject>
@@ -33,8 +34,11 @@ Q_DECLARE_METATYPE(SniToolTip)
 // The tray item served on the session bus to a StatusNotifierItem host (KDE Plasma, GNOME's
 // AppIndicator extension, XFCE 4.18, waybar …). Qt serves one too, but drops the position that
 // Activate and ContextMenu carry; the panel and the capsule need it, since such a host tells
-// nothing else about where the icon is. It has no menu of its own over D-Bus: a host then asks
-// for ContextMenu(x, y), and the application shows its usual menu there.
+// nothing else about where the icon is. The context menu is exported for hosts that draw it
+// themselves; a host that asks for ContextMenu(x, y) instead gets the application's own menu.
+class DBusMenuExporter;
+class QMenu;
+
 class StatusNotifierItem : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -52,6 +56,7 @@ class StatusNotifierItem : public QObject {
     Q_PROPERTY(QString AttentionMovieName READ emptyName)
     Q_PROPERTY(SniToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu)
 
 public:
     explicit StatusNotifierItem(QObject* parent = nullptr);
@@ -65,6 +70,8 @@ public:
 
     void setIcon(const QIcon& icon);
     void setToolTip(const QString& text);
+    // Exported as it is now and after every change; set before publish().
+    void setMenu(QMenu& menu);
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
     QString id() const { return QStringLiteral("quillon"); }
@@ -76,6 +83,7 @@ public:
     SniPixmaps noPixmaps() const { return {}; }
     SniToolTip toolTip() const;
     bool itemIsMenu() const { return false; }
+    QDBusObjectPath menu() const;
 
 public Q_SLOTS:
     void Activate(int x, int y);
@@ -96,6 +104,7 @@ Q_SIGNALS:
 private:
     bool registerWithWatcher();
 
+    DBusMenuExporter* menuExporter_ = nullptr;
     QString service_;
     SniPixmaps pixmaps_;
     QString toolTip_;

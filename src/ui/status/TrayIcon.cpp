@@ -31,6 +31,11 @@ void TrayIcon::show() {
     tray_.show();
 }
 
+void TrayIcon::setContextMenu(QMenu& menu) {
+    tray_.setContextMenu(&menu);
+    sni_.setMenu(menu);
+}
+
 std::optional<QRect> TrayIcon::geometry() const {
     const QRect rect = tray_.geometry();
     if (rect.isEmpty())

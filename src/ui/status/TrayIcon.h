@@ -22,6 +22,8 @@ public:
 
     // Puts the item in the tray.
     void show();
+    // The right-click menu, on either kind of tray; set before show().
+    void setContextMenu(QMenu& menu);
 
     QSystemTrayIcon& systemTrayIcon() { return tray_; }
     const ToneIconCache& cache() const { return cache_; }
