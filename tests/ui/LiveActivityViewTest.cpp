@@ -53,6 +53,12 @@ TEST(BeakedCapsule, TheTipStaysClearOfTheCornersAndTheBeakAloneIsSmall) {
     const QRectF body = shape.path(rect).boundingRect();
     EXPECT_NEAR(body.top(), 0, 0.01); // the tip reaches the top
     EXPECT_NEAR(body.bottom(), 68, 0.01);
+    // Above a bottom tray the tip is at the bottom, under the same x.
+    shape.pointsDown = true;
+    EXPECT_TRUE(shape.path(rect).contains(QPointF(150, 67.5)));
+    EXPECT_FALSE(shape.path(rect).contains(QPointF(60, 67.5))); // beside the beak
+    EXPECT_TRUE(shape.path(rect).contains(QPointF(60, 0.5)));   // a straight top edge
+    shape.pointsDown = false;
     shape.showBeak = false;
     EXPECT_NEAR(shape.path(rect).boundingRect().top(), 6, 0.01);
 
