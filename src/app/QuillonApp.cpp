@@ -8,6 +8,7 @@
 #include "ui/panel/PanelPlacement.h"
 #include "ui/panel/PanelView.h"
 #include "ui/settings/SettingsWindow.h"
+#include "ui/status/TrayEdge.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -110,7 +111,7 @@ std::optional<QRectF> QuillonApp::trayAnchor() const {
     if (const std::optional<QRect> rect = tray_.geometry())
         return QRectF(*rect);
     if (lastClick_)
-        return QRectF(*lastClick_, QSizeF(0, 0));
+        return clickedBar(*lastClick_);
     // A StatusNotifierItem host tells nothing before the first click: the top right corner,
     // where most trays sit, rather than a wait for a geometry that never comes.
     if (tray_.servesStatusNotifier()) {
@@ -122,6 +123,15 @@ std::optional<QRectF> QuillonApp::trayAnchor() const {
     return std::nullopt;
 }
 
+QRectF QuillonApp::clickedBar(const QPoint& click) {
+    QScreen* screen = QGuiApplication::screenAt(click);
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return QRectF(click, QSizeF(0, 0));
+    return barAroundClick(click, screen->availableGeometry());
+}
+
 void QuillonApp::openPanel(const QPoint& position) {
     lastClick_ = position;
     if (!panel_) {
@@ -130,7 +140,10 @@ void QuillonApp::openPanel(const QPoint& position) {
         connect(panel_.get(), &PanelView::contentResized, this, &QuillonApp::placePanel);
         connect(panel_.get(), &PanelView::quillonOpenSettings, this, &QuillonApp::showSettings);
     }
-    panelIcon_ = tray_.geometry().value_or(QRect(position, QSize(1, 1)));
+    const QRectF bar = clickedBar(position);
+    panelIcon_ = tray_.geometry().value_or(
+        QRect(bar.topLeft().toPoint(),
+              QSize(std::max(1, qRound(bar.width())), std::max(1, qRound(bar.height())))));
     panel_->redraw();
     placePanel();
     panel_->show();

@@ -48,6 +48,8 @@ private:
     // Keeps the open panel next to the tray icon, inside the screen with a margin.
     void placePanel();
     std::optional<QRectF> trayAnchor() const;
+    // The stretch of tray bar a click on a StatusNotifierItem stands for.
+    static QRectF clickedBar(const QPoint& click);
 
     GuiClipboard clipboard_;
     LinuxServices services_;

@@ -64,7 +64,7 @@ XfceDesktop::~XfceDesktop() {
     stopProcess(xfconfd_);
 }
 
-std::optional<QString> XfceDesktop::start(Edge edge) {
+std::optional<QString> XfceDesktop::start(Edge edge, bool workArea) {
     for (auto part : {&PrivateDesktop::startDisplay, &PrivateDesktop::startBus}) {
         if (std::optional<QString> failure = (desktop_.*part)())
             return failure;
@@ -108,7 +108,7 @@ std::optional<QString> XfceDesktop::start(Edge edge) {
     }
     if (!panel || !bus().interface()->isServiceRegistered(watcher))
         return QStringLiteral("xfce4-panel showed no tray: ") + QString::fromUtf8(panel_.readAll());
-    return publishWorkArea(panel->rect);
+    return workArea ? publishWorkArea(panel->rect) : std::nullopt;
 }
 
 std::optional<QString> XfceDesktop::publishWorkArea(const QRect& panel) {

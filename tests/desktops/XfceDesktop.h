@@ -18,8 +18,9 @@ public:
 
     ~XfceDesktop();
 
-    // Answers what went wrong, if anything did.
-    std::optional<QString> start(Edge edge);
+    // Answers what went wrong, if anything did. With `workArea`, the part of the screen the bar
+    // leaves free is published, as a window manager would.
+    std::optional<QString> start(Edge edge, bool workArea);
     std::optional<QString> startApp();
 
     // The tray's area in the panel, once the panel is laid out.

@@ -21,3 +21,20 @@ TrayEdge trayEdge(const QRectF& icon, const QRectF& area) {
         return left <= right ? TrayEdge::left : TrayEdge::right;
     return top <= bottom ? TrayEdge::top : TrayEdge::bottom;
 }
+
+QRectF barAroundClick(const QPointF& click, const QRectF& area) {
+    const QRectF point(click, QSizeF(0, 0));
+    if (!area.contains(click))
+        return point;
+    switch (trayEdge(point, area)) {
+    case TrayEdge::top:
+        return QRectF(click.x(), area.top(), 0, 2 * (click.y() - area.top()));
+    case TrayEdge::bottom:
+        return QRectF(click.x(), 2 * click.y() - area.bottom(), 0, 2 * (area.bottom() - click.y()));
+    case TrayEdge::left:
+        return QRectF(area.left(), click.y(), 2 * (click.x() - area.left()), 0);
+    case TrayEdge::right:
+        return QRectF(2 * click.x() - area.right(), click.y(), 2 * (area.right() - click.x()), 0);
+    }
+    return point;
+}

@@ -16,3 +16,9 @@ TrayEdge trayEdge(const QRectF& icon, const QRectF& area);
 inline bool isHorizontal(TrayEdge edge) {
     return edge == TrayEdge::top || edge == TrayEdge::bottom;
 }
+
+// The part of the tray bar a click on an icon stands for. Where the bar reserves its room the
+// click already lies outside the usable area. Where it reserves nothing (no window manager to
+// publish a work area; a Wayland bar seen through XWayland), the click lies near the middle of
+// the bar, so the bar reaches about twice as far from the screen's edge.
+QRectF barAroundClick(const QPointF& click, const QRectF& area);
