@@ -64,8 +64,7 @@ void QuillonApp::buildMenu() {
     refresh->setEnabled(state_.connection().isConnected() && !state_.isDemo());
     connect(refresh, &QAction::triggered, &state_, [this] { state_.refresh(); });
     QAction* open = menu_.addAction(Language::text("Open panel", "Ouvrir le panneau"));
-    connect(open, &QAction::triggered, this,
-            [this] { openPanel(lastClick_.value_or(QCursor::pos())); });
+    connect(open, &QAction::triggered, this, [this] { openPanel(menuAnchor()); });
     NotificationPause& pause = state_.notificationPause();
     if (pause.isPaused()) {
         QAction* resume =
@@ -114,13 +113,22 @@ std::optional<QRectF> QuillonApp::trayAnchor() const {
         return clickedBar(*lastClick_);
     // A StatusNotifierItem host tells nothing before the first click: the top right corner,
     // where most trays sit, rather than a wait for a geometry that never comes.
-    if (tray_.servesStatusNotifier()) {
-        if (const QScreen* screen = QGuiApplication::primaryScreen()) {
-            const QRect area = screen->availableGeometry();
-            return QRectF(QPointF(area.right(), area.top()), QSizeF(0, 0));
-        }
-    }
+    if (tray_.servesStatusNotifier())
+        return QRectF(primaryCorner(), QSizeF(0, 0));
     return std::nullopt;
+}
+
+QPoint QuillonApp::primaryCorner() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->availableGeometry().topRight() : QPoint();
+}
+
+// Some hosts open the exported menu on a left click too (waybar) and report no position; on
+// XWayland the pointer position is stale once the click landed on the compositor's own bar.
+QPoint QuillonApp::menuAnchor() const {
+    if (lastClick_)
+        return *lastClick_;
+    return tray_.servesStatusNotifier() ? primaryCorner() : QCursor::pos();
 }
 
 QRectF QuillonApp::clickedBar(const QPoint& click) {

@@ -50,6 +50,10 @@ private:
     std::optional<QRectF> trayAnchor() const;
     // The stretch of tray bar a click on a StatusNotifierItem stands for.
     static QRectF clickedBar(const QPoint& click);
+    // The top right corner of the primary screen's usable area, where most trays sit.
+    static QPoint primaryCorner();
+    // Where "Open panel" from the menu opens the panel.
+    QPoint menuAnchor() const;
 
     GuiClipboard clipboard_;
     LinuxServices services_;

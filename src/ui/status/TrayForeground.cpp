@@ -2,6 +2,8 @@
 
 #include "ui/status/X11TrayColors.h"
 
+#include <QRect>
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -58,13 +60,27 @@ QColor TrayForeground::current() {
     return forScheme(portalColorScheme().value_or(0));
 }
 
-void TrayForeground::onSettingChanged(const QString& group, const QString& key,
-                                      const QDBusVariant& value) {
-    if (group != appearance || key != colorScheme || x11TrayForeground())
-        return;
-    const QColor color = forScheme(unwrap(value.variant()).toUInt());
+void TrayForeground::set(const QColor& color) {
     if (color == color_)
         return;
     color_ = color;
     Q_EMIT changed();
+}
+
+void TrayForeground::followBarAround(const QRect& icon) {
+    if (x11TrayForeground())
+        return;
+    const std::optional<QColor> bar = x11ColorBeside(icon);
+    if (!bar)
+        return;
+    barSeen_ = true;
+    constexpr int lightBar = 140;
+    set(bar->lightness() > lightBar ? dark : light);
+}
+
+void TrayForeground::onSettingChanged(const QString& group, const QString& key,
+                                      const QDBusVariant& value) {
+    if (group != appearance || key != colorScheme || barSeen_ || x11TrayForeground())
+        return;
+    set(forScheme(unwrap(value.variant()).toUInt()));
 }

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QTimer>
 #include <QWidget>
 
 TrayIcon::TrayIcon(AppState& state, StatusPalette& palette, QObject* parent)
@@ -29,6 +30,17 @@ void TrayIcon::show() {
     if (StatusNotifierItem::hostRuns() && sni_.publish())
         return;
     tray_.show();
+    lookAtBarLater(barLooks);
+}
+
+// The tray embeds the icon a moment after it is shown; look at the bar once it has.
+void TrayIcon::lookAtBarLater(int attempts) {
+    QTimer::singleShot(barLookPause, this, [this, attempts] {
+        if (const std::optional<QRect> icon = geometry())
+            foreground_.followBarAround(*icon);
+        else if (attempts > 1)
+            lookAtBarLater(attempts - 1);
+    });
 }
 
 void TrayIcon::setContextMenu(QMenu& menu) {

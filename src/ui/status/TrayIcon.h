@@ -43,6 +43,10 @@ Q_SIGNALS:
     void menuRequested(QPoint position);
 
 private:
+    static constexpr int barLooks = 10;
+    static constexpr std::chrono::milliseconds barLookPause{500};
+    void lookAtBarLater(int attempts);
+
     AppState& state_;
     StatusPalette& palette_;
     QSystemTrayIcon tray_;
