@@ -79,13 +79,17 @@ BeakedCapsule LiveActivityView::outline() const {
 }
 
 QPainterPath LiveActivityView::coverage() const {
-    // The outermost copies of the shadow reach `spread` beyond the body on either side.
+    // The outermost copies of the shadow reach `spread` beyond the body on either side. The beak
+    // is the body's own: a beak drawn on the wide outline would be clamped to other limits and,
+    // near a screen edge, stand apart from the one painted.
     const QRectF shape = shapeRect();
     const double spread = MotionBlurMask::spread;
-    const QRectF wide = shape.adjusted(-spread, 0, spread, 0);
-    BeakedCapsule wider = outline();
-    wider.beakX += spread;
-    return wider.path(wide);
+    BeakedCapsule body = outline();
+    body.showBeak = false;
+    QPainterPath covered = body.path(shape.adjusted(-spread, 0, spread, 0));
+    BeakedCapsule tip = outline();
+    tip.onlyBeak = true;
+    return covered.united(tip.path(shape));
 }
 
 void LiveActivityView::syncRows() {
@@ -162,9 +166,9 @@ const QImage& LiveActivityView::shadow() {
     return shadow_;
 }
 
-// The motion-blurred stack first, fully: its copies overlap into a pill whose sides fade out, dark
-// enough under the emblems and the trailing texts that reach past the body. Then the body and
-// its beak in black at 0.9.
+// Black at 0.9 through the motion-blurred stack first: its copies overlap into a pill whose sides
+// fade out, dark under the emblems and the trailing texts that reach past the body. Then the body
+// and its beak as one layer in black at 0.6, which closes the centre and draws the outline.
 void LiveActivityView::paintEvent(QPaintEvent*) {
     if (contentRect().height() <= 0)
         return;
@@ -173,6 +177,7 @@ void LiveActivityView::paintEvent(QPaintEvent*) {
     const QRectF content = contentRect();
     const double ratio = devicePixelRatioF();
     const double margin = MotionBlurMask::margin(ratio);
+    painter.setOpacity(fillOpacity);
     painter.drawImage(
         QPointF(content.left() - MotionBlurMask::spread - margin, content.top() - margin),
         shadow());

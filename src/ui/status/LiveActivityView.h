@@ -29,7 +29,8 @@ public:
     static constexpr double shapeWidth = 330; // the capsule body, centred in the content
     static constexpr double radius = 22;
     static constexpr double beak = 6;
-    static constexpr double bodyOpacity = 0.9;
+    static constexpr double fillOpacity = 0.9; // black, through the motion-blurred stack
+    static constexpr double bodyOpacity = 0.6;
 
     // `clock` gives the row clock (the system time when absent); `onTap` is called with the
     // snapshot of a clicked row.

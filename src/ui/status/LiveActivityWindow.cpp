@@ -3,6 +3,7 @@
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityView.h"
+#include "ui/status/X11Sticky.h"
 
 #include <QPainterPath>
 
@@ -22,21 +23,25 @@ LiveActivityWindow::LiveActivityWindow(const LiveActivityModel& model, const Sta
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                            Qt::WindowDoesNotAcceptFocus),
       view_(new LiveActivityView(model, palette, {}, clock, this)),
-      slideGeometry_(new QPropertyAnimation(this, "geometry", &slide_)),
-      slideOpacity_(new QPropertyAnimation(this, "windowOpacity", &slide_)),
-      resize_(this, "geometry") {
+      slidePosition_(new QPropertyAnimation(this, "pos", &slide_)),
+      slideOpacity_(new QPropertyAnimation(this, "windowOpacity", &slide_)), resize_(this, "size") {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TranslucentBackground);
     setFocusPolicy(Qt::NoFocus);
     resize(qRound(G::panelWidth), qRound(G::panelHeight(1)));
     view_->setGeometry(rect());
-    slide_.addAnimation(slideGeometry_);
+    slide_.addAnimation(slidePosition_);
     slide_.addAnimation(slideOpacity_);
     connect(&slide_, &QAbstractAnimation::finished, this, [this] {
         if (auto finished = std::exchange(afterSlideOut_, nullptr))
             finished();
     });
     connect(view_, &LiveActivityView::rowTapped, this, &LiveActivityWindow::rowTapped);
+    // Above a bottom tray the window grows upwards: its bottom edge stays at the tray.
+    connect(&resize_, &QVariantAnimation::valueChanged, this, [this] {
+        if (bottomAnchored_)
+            move(x(), resizeBottom_ - height() + 1);
+    });
     // The beak may have moved.
     connect(&model, &LiveActivityModel::changed, this, &LiveActivityWindow::updateMask);
 }
@@ -52,12 +57,14 @@ void LiveActivityWindow::slideIn(const QRect& target) {
     const QRect start = target.translated(0, bottomAnchored_ ? drop : -drop);
     setGeometry(start);
     setWindowOpacity(0);
+    if (!isVisible())
+        x11MakeSticky(winId());
     show();
-    slideGeometry_->setStartValue(start);
-    slideGeometry_->setEndValue(target);
+    slidePosition_->setStartValue(start.topLeft());
+    slidePosition_->setEndValue(target.topLeft());
     slideOpacity_->setStartValue(0.0);
     slideOpacity_->setEndValue(1.0);
-    for (QPropertyAnimation* animation : {slideGeometry_, slideOpacity_}) {
+    for (QPropertyAnimation* animation : {slidePosition_, slideOpacity_}) {
         animation->setDuration(slideInMs);
         animation->setEasingCurve(QEasingCurve::OutCubic);
     }
@@ -65,15 +72,14 @@ void LiveActivityWindow::slideIn(const QRect& target) {
 }
 
 void LiveActivityWindow::resizeKeepingTop(int height) {
-    const QRect from =
-        resize_.state() == QAbstractAnimation::Running ? resize_.endValue().toRect() : geometry();
-    if (from.height() == height)
+    const QSize to(width(), height);
+    const QSize from =
+        resize_.state() == QAbstractAnimation::Running ? resize_.endValue().toSize() : size();
+    if (from == to)
         return;
     resize_.stop();
-    resize_.setStartValue(geometry());
-    QRect to(from.topLeft(), QSize(from.width(), height));
-    if (bottomAnchored_)
-        to.moveBottom(from.bottom());
+    resizeBottom_ = geometry().bottom();
+    resize_.setStartValue(size());
     resize_.setEndValue(to);
     resize_.setDuration(resizeMs);
     resize_.setEasingCurve(QEasingCurve::InOutCubic);
@@ -82,11 +88,11 @@ void LiveActivityWindow::resizeKeepingTop(int height) {
 
 void LiveActivityWindow::slideOut(std::function<void()> finished) {
     stopAnimations();
-    slideGeometry_->setStartValue(geometry());
-    slideGeometry_->setEndValue(geometry().translated(0, bottomAnchored_ ? drop : -drop));
+    slidePosition_->setStartValue(pos());
+    slidePosition_->setEndValue(pos() + QPoint(0, bottomAnchored_ ? drop : -drop));
     slideOpacity_->setStartValue(windowOpacity());
     slideOpacity_->setEndValue(0.0);
-    for (QPropertyAnimation* animation : {slideGeometry_, slideOpacity_}) {
+    for (QPropertyAnimation* animation : {slidePosition_, slideOpacity_}) {
         animation->setDuration(slideOutMs);
         animation->setEasingCurve(QEasingCurve::InCubic);
     }

@@ -28,7 +28,8 @@ public:
 
     // Appears at `target`, dropping 10 pixels from above while fading in (0.35 s, ease-out).
     void slideIn(const QRect& target);
-    // Grows or shrinks downwards to `height`, its top edge staying put (0.25 s).
+    // Grows or shrinks downwards to `height`, its top edge staying put (0.25 s); also while it
+    // slides in or out, which moves it without resizing it.
     void resizeKeepingTop(int height);
     // Rises 10 pixels while fading out (0.3 s, ease-in), then calls `finished`.
     void slideOut(std::function<void()> finished);
@@ -46,9 +47,10 @@ private:
 
     LiveActivityView* view_;
     QParallelAnimationGroup slide_;
-    QPropertyAnimation* slideGeometry_;
+    QPropertyAnimation* slidePosition_;
     QPropertyAnimation* slideOpacity_;
-    QPropertyAnimation resize_;
+    QPropertyAnimation resize_; // of the size only, so a slide and a resize never fight
     std::function<void()> afterSlideOut_;
     bool bottomAnchored_ = false;
+    int resizeBottom_ = 0; // the bottom edge a resize keeps when bottom-anchored
 };
