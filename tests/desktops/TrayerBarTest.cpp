@@ -2,10 +2,9 @@
 // triangle and the count must then be dark, as the bar beside the icon asks.
 #include "app-desktop/TrayDesktop.h"
 #include "app-desktop/XWindow.h"
-#include "desktops/ScreenGrab.h"
+#include "desktops/XfceDesktop.h"
 #include "support/WaitUntil.h"
 
-#include <QColor>
 #include <gtest/gtest.h>
 
 TEST(TrayerBar, TheNeutralIconIsDarkOnTheLightBar) {
@@ -24,21 +23,14 @@ TEST(TrayerBar, TheNeutralIconIsDarkOnTheLightBar) {
             return icon.has_value();
         },
         TrayDesktop::startTimeoutMs));
-    int dark = 0;
+    const auto dark = [](QColor c) { return c.lightness() < 90; };
+    int count = 0;
     const bool legible = waitUntil(
         [&] {
-            const QImage screen = grabScreen(desktop.parts().display());
-            if (screen.isNull())
-                return false;
-            dark = 0;
-            const QRect r = icon->rect.intersected(screen.rect());
-            for (int y = r.top(); y <= r.bottom(); ++y) {
-                for (int x = r.left(); x <= r.right(); ++x)
-                    dark += QColor(screen.pixel(x, y)).lightness() < 90;
-            }
-            return dark > 40;
+            count = countPixels(grabScreen(desktop.parts().display()), icon->rect, dark);
+            return count > 40;
         },
         10000);
-    EXPECT_TRUE(legible) << dark << " dark pixels in the icon "
+    EXPECT_TRUE(legible) << count << " dark pixels in the icon "
                          << describe(icon->rect).toStdString();
 }

@@ -1,15 +1,16 @@
 #include "desktops/XfceDesktop.h"
 
 #include "app-desktop/XWindow.h"
-#include "desktops/ScreenGrab.h"
 #include "support/StopProcess.h"
 #include "support/WaitUntil.h"
 
 #include <QDBusConnectionInterface>
-#include <QDBusReply>
-#include <QDBusVariant>
+#include <QDBusInterface>
 #include <QDir>
 #include <QFile>
+#include <cstdlib>
+#include <memory>
+#include <xcb/xcb.h>
 
 namespace {
 
@@ -30,8 +31,6 @@ QByteArray panelConfig(XfceDesktop::Edge edge) {
       <property name="position" type="string" value=")" +
            position + R"("/>
       <property name="length" type="uint" value="100"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="icon-size" type="uint" value="16"/>
       <property name="size" type="uint" value="26"/>
       <property name="plugin-ids" type="array">
         <value type="int" value="1"/>
@@ -110,21 +109,15 @@ std::optional<QString> XfceDesktop::start(Edge edge, bool workArea) {
 }
 
 std::optional<QString> XfceDesktop::publishWorkArea(const QRect& panel) {
-    const QRect screen(0, 0, 1280, 800);
-    QRect free = screen;
-    if (panel.top() == 0)
-        free.setTop(panel.bottom() + 1);
-    else
-        free.setBottom(panel.top() - 1);
-    const QString value = QStringLiteral("%1, %2, %3, %4")
-                              .arg(free.x())
-                              .arg(free.y())
-                              .arg(free.width())
-                              .arg(free.height());
+    const QRect free = panel.top() == 0 ? QRect(0, panel.bottom() + 1, 1280, 799 - panel.bottom())
+                                        : QRect(0, 0, 1280, panel.top());
+    const QString area = QStringLiteral("%1, %2, %3, %4")
+                             .arg(free.x())
+                             .arg(free.y())
+                             .arg(free.width())
+                             .arg(free.height());
     if (!runTool(QStringLiteral("xprop"),
-                 {QStringLiteral("-root"), QStringLiteral("-f"), QStringLiteral("_NET_WORKAREA"),
-                  QStringLiteral("32c"), QStringLiteral("-set"), QStringLiteral("_NET_WORKAREA"),
-                  value},
+                 QStringList{"-root", "-f", "_NET_WORKAREA", "32c", "-set", "_NET_WORKAREA", area},
                  environment()))
         return QStringLiteral("cannot publish the work area");
     return std::nullopt;
@@ -143,11 +136,6 @@ std::optional<QString> XfceDesktop::startApp() {
     return std::nullopt;
 }
 
-QString XfceDesktop::appOutput() {
-    output_ += QString::fromUtf8(app_.readAll());
-    return output_;
-}
-
 std::optional<QRect> XfceDesktop::tray() const {
     const QList<XWindow> windows = windowTree(environment());
     const std::optional<XWindow> panel = panelWindow(environment());
@@ -163,14 +151,8 @@ std::optional<QRect> XfceDesktop::tray() const {
 }
 
 std::optional<QString> XfceDesktop::registeredItem() const {
-    QDBusMessage get = QDBusMessage::createMethodCall(
-        watcher, QStringLiteral("/StatusNotifierWatcher"),
-        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    get << watcher << QStringLiteral("RegisteredStatusNotifierItems");
-    const QDBusReply<QDBusVariant> reply = bus().call(get);
-    if (!reply.isValid())
-        return std::nullopt;
-    const QStringList items = reply.value().variant().toStringList();
+    QDBusInterface host(watcher, QStringLiteral("/StatusNotifierWatcher"), watcher, bus());
+    const QStringList items = host.property("RegisteredStatusNotifierItems").toStringList();
     if (items.isEmpty())
         return std::nullopt;
     return items.first().section(QLatin1Char('/'), 0, 0); // "service/path" or "service"
@@ -178,4 +160,33 @@ std::optional<QString> XfceDesktop::registeredItem() const {
 
 QImage XfceDesktop::screenshot() const {
     return grabScreen(desktop_.display());
+}
+
+int countPixels(const QImage& screen, const QRect& area, const std::function<bool(QColor)>& test) {
+    int count = 0;
+    const QRect inside = area.intersected(screen.rect());
+    for (int y = inside.top(); y <= inside.bottom(); ++y) {
+        for (int x = inside.left(); x <= inside.right(); ++x)
+            count += test(QColor(screen.pixel(x, y)));
+    }
+    return count;
+}
+
+QImage grabScreen(const QString& name) {
+    const QByteArray display = name.toLatin1();
+    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> x(
+        xcb_connect(display.constData(), nullptr), &xcb_disconnect);
+    if (xcb_connection_has_error(x.get()))
+        return {};
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(x.get())).data;
+    const auto cookie = xcb_get_image(x.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 0, 0,
+                                      screen->width_in_pixels, screen->height_in_pixels, ~0u);
+    std::unique_ptr<xcb_get_image_reply_t, decltype(&std::free)> reply(
+        xcb_get_image_reply(x.get(), cookie, nullptr), &std::free);
+    if (!reply || reply->depth != 24)
+        return {};
+    // 24-bit depth comes as 32 bits per pixel, blue first: Qt's RGB32 on a little-endian host.
+    return QImage(xcb_get_image_data(reply.get()), screen->width_in_pixels,
+                  screen->height_in_pixels, QImage::Format_RGB32)
+        .copy();
 }

@@ -2,10 +2,12 @@
 
 #include "support/desktop/PrivateDesktop.h"
 
+#include <QColor>
 #include <QDBusConnection>
 #include <QImage>
 #include <QProcess>
 #include <QRect>
+#include <functional>
 #include <optional>
 
 // XFCE's own panel on a private display and bus, dark as XFCE ships it, along the top or the
@@ -31,7 +33,6 @@ public:
     QImage screenshot() const;
     bool xdotool(const QStringList& arguments) const { return desktop_.xdotool(arguments); }
     QProcessEnvironment environment() const { return desktop_.environment(); }
-    QString appOutput();
 
 private:
     // What a window manager would publish, so the app knows which part of the screen is free.
@@ -41,5 +42,9 @@ private:
     QProcess xfconfd_;
     QProcess panel_;
     QProcess app_;
-    QString output_;
 };
+
+// The whole screen of an X display (":3") as it shows now; null when it cannot be read.
+QImage grabScreen(const QString& display);
+// How many pixels of `area` in `screen` pass `test`.
+int countPixels(const QImage& screen, const QRect& area, const std::function<bool(QColor)>& test);
