@@ -2,11 +2,10 @@
 
 #include "ui/status/X11TrayColors.h"
 
-#include <QRect>
-
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QRect>
 
 namespace {
 
