@@ -136,6 +136,12 @@ std::optional<QString> XfceDesktop::startApp() {
     return std::nullopt;
 }
 
+bool XfceDesktop::quitApp() {
+    app_.terminate();
+    return app_.waitForFinished(kXToolTimeoutMs) && app_.exitStatus() == QProcess::NormalExit &&
+           app_.exitCode() == 0;
+}
+
 std::optional<QRect> XfceDesktop::tray() const {
     const QList<XWindow> windows = windowTree(environment());
     const std::optional<XWindow> panel = panelWindow(environment());

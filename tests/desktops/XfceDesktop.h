@@ -24,6 +24,9 @@ public:
     // leaves free is published, as a window manager would.
     std::optional<QString> start(Edge edge, bool workArea);
     std::optional<QString> startApp();
+    // Asks the app to quit as a logout would; whether it ended cleanly (under the sanitizers,
+    // without a report).
+    bool quitApp();
 
     // The tray's area in the panel, once the panel is laid out.
     std::optional<QRect> tray() const;

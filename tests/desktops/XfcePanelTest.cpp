@@ -98,6 +98,7 @@ void checkOnXfce(Edge edge, bool workArea) {
                    QRect(0, 0, 1280, 800).contains(body);
         },
         5000);
+    EXPECT_TRUE(desktop.quitApp());
     EXPECT_TRUE(placed) << "capsule body " << describe(body).toStdString() << " for the icon "
                         << describe(icon).toStdString();
 }

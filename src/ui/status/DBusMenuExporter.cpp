@@ -62,7 +62,8 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& ev
     return argument;
 }
 
-DBusMenuExporter::DBusMenuExporter(QMenu& menu, QObject* parent) : QObject(parent), menu_(&menu) {
+DBusMenuExporter::DBusMenuExporter(QMenu& menu, QObject* parent)
+    : QObject(parent), menu_(&menu), watched_(&menu) {
     qDBusRegisterMetaType<DBusMenuLayout>();
     qDBusRegisterMetaType<DBusMenuItem>();
     qDBusRegisterMetaType<DBusMenuItems>();
@@ -152,7 +153,7 @@ bool DBusMenuExporter::trigger(int id) {
 
 bool DBusMenuExporter::eventFilter(QObject* watched, QEvent* event) {
     const QEvent::Type type = event->type();
-    if (watched == menu_ && !changePending_ &&
+    if (watched == watched_ && !changePending_ &&
         (type == QEvent::ActionAdded || type == QEvent::ActionRemoved ||
          type == QEvent::ActionChanged)) {
         // A rebuild adds and removes every entry: hosts hear of it once.

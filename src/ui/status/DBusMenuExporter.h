@@ -86,6 +86,9 @@ private:
     bool trigger(int id);
 
     QPointer<QMenu> menu_;
+    // Compared as a plain object: the menu reports its actions' removal while it is destroyed,
+    // when it is no longer a QMenu.
+    const QObject* watched_;
     uint revision_ = 1;
     bool changePending_ = false;
 };
