@@ -6,6 +6,7 @@
 #include "app-desktop/XWindow.h"
 #include "support/FakeVercelAccount.h"
 #include "support/QtPrinters.h"
+#include "support/StopProcess.h"
 #include "support/WaitUntil.h"
 
 #include <QDBusMessage>
@@ -18,20 +19,15 @@
 namespace {
 
 constexpr int kStepTimeoutMs = 20000;
-const QString kSettingsTitle = QStringLiteral("Quillon Settings");
-const QString kRemovalTitle = QStringLiteral("Remove the token?");
-
-// A deployment an hour old, so nothing counts as just finished.
-double anHourAgoMs() {
-    return double(QDateTime::currentMSecsSinceEpoch() - 3600 * 1000);
-}
+// Window titles as xdotool matches them: POSIX extended expressions.
+const QString kSettingsTitle = "^Quillon Settings$";
+const QString kRemovalTitle = "^Remove the token\\?$";
 
 // The running app's picture, asked over D-Bus as a status bar would; absent while nobody answers.
 std::optional<QJsonObject> appStatus(const QDBusConnection& bus) {
-    const QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("com.fernhollow.Quillon"), QStringLiteral("/com/fernhollow/Quillon"),
-        QStringLiteral("com.fernhollow.Quillon"), QStringLiteral("Status"));
-    QDBusPendingCall pending = bus.asyncCall(call, 5000);
+    const QString name = "com.fernhollow.Quillon";
+    QDBusPendingCall pending = bus.asyncCall(
+        QDBusMessage::createMethodCall(name, "/com/fernhollow/Quillon", name, "Status"));
     // The loopback account answers on this thread, so its loop turns while the app is asked.
     if (!waitUntil([&pending] { return pending.isFinished(); }, 6000))
         return std::nullopt;
@@ -48,24 +44,17 @@ QString text(const QJsonObject& status, const QString& key) {
 // "id status" of every project Status lists, sorted.
 QStringList projectStates(const QJsonObject& status) {
     QStringList states;
-    for (const QJsonValue& project : status.value(QStringLiteral("projects")).toArray())
-        states << project[QStringLiteral("id")].toString() + QLatin1Char(' ') +
-                      project[QStringLiteral("status")].toString();
+    for (const QJsonValue& project : status.value("projects").toArray())
+        states << project["id"].toString() + ' ' + project["status"].toString();
     states.sort();
     return states;
 }
 
-// The windows on screen titled exactly `title`.
+// The windows on screen whose title matches `title`.
 QStringList visibleWindowsTitled(const QString& title, const QProcessEnvironment& environment) {
-    QString pattern; // xdotool reads a POSIX extended expression
-    for (const QChar c : title)
-        pattern += QStringLiteral(".^$*+?()[]{}|\\").contains(c) ? QStringLiteral("\\") + c : c;
     const std::optional<QString> found =
-        runTool(QStringLiteral("xdotool"),
-                {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                 QStringLiteral("--name"), QLatin1Char('^') + pattern + QLatin1Char('$')},
-                environment);
-    return found ? found->split(QLatin1Char('\n'), Qt::SkipEmptyParts) : QStringList();
+        runTool("xdotool", {"search", "--onlyvisible", "--name", title}, environment);
+    return found ? found->split('\n', Qt::SkipEmptyParts) : QStringList();
 }
 
 bool sameWindow(const QString& a, const QString& b) {
@@ -77,25 +66,22 @@ bool waitForFocus(const QString& window, const QProcessEnvironment& environment)
     return waitUntil(
         [&] {
             const std::optional<QString> focused =
-                runTool(QStringLiteral("xdotool"), {QStringLiteral("getwindowfocus")}, environment);
+                runTool("xdotool", {"getwindowfocus"}, environment);
             return focused && sameWindow(focused->trimmed(), window);
         },
         kStepTimeoutMs);
 }
 
 // The one window on screen titled `title` once it has the keyboard.
-std::optional<QString> focusedWindowTitled(const QString& title,
-                                           const QProcessEnvironment& environment) {
+bool focusOnWindowTitled(const QString& title, const QProcessEnvironment& environment) {
     QStringList found;
-    if (!waitUntil(
-            [&] {
-                found = visibleWindowsTitled(title, environment);
-                return found.size() == 1;
-            },
-            kStepTimeoutMs) ||
-        !waitForFocus(found.first(), environment))
-        return std::nullopt;
-    return found.first();
+    return waitUntil(
+               [&] {
+                   found = visibleWindowsTitled(title, environment);
+                   return found.size() == 1;
+               },
+               kStepTimeoutMs) &&
+           waitForFocus(found.first(), environment);
 }
 
 class TokenEndToEnd : public ::testing::Test {
@@ -103,36 +89,32 @@ protected:
     void SetUp() override {
         // Untidy as Vercel: a user without a default team, a team, a project seen in both scopes,
         // ids of deployments under `uid`, null fields, a project that never deployed.
-        account_.user.insert(QStringLiteral("defaultTeamId"), QJsonValue());
-        account_.user.insert(QStringLiteral("softBlock"), QJsonValue());
-        account_.addTeam(QStringLiteral("team_acme"), QStringLiteral("acme"));
-        account_.addProject({}, QStringLiteral("prj_web"), QStringLiteral("web"));
-        account_.addProject(QStringLiteral("team_acme"), QStringLiteral("prj_web"),
-                            QStringLiteral("web"));
-        account_.addProject(QStringLiteral("team_acme"), QStringLiteral("prj_api"),
-                            QStringLiteral("api"));
-        account_.addProject(QStringLiteral("team_acme"), QStringLiteral("prj_docs"),
-                            QStringLiteral("Docs"));
-        const double created = anHourAgoMs();
+        account_.user.insert("defaultTeamId", QJsonValue());
+        account_.user.insert("softBlock", QJsonValue());
+        account_.addTeam("team_acme", "acme");
+        account_.addProject({}, "prj_web", "web");
+        account_.addProject("team_acme", "prj_web", "web");
+        account_.addProject("team_acme", "prj_api", "api");
+        account_.addProject("team_acme", "prj_docs", "Docs");
+        // An hour old, so nothing counts as just finished.
+        const double created = double(QDateTime::currentMSecsSinceEpoch() - 3600 * 1000);
+        account_.addDeployment({}, FakeVercelAccount::deployment("dpl_web", "prj_web", "READY",
+                                                                 created, created + 6e4));
         account_.addDeployment(
-            {}, FakeVercelAccount::deployment(QStringLiteral("dpl_web"), QStringLiteral("prj_web"),
-                                              QStringLiteral("READY"), created, created + 60000));
-        account_.addDeployment(QStringLiteral("team_acme"),
-                               FakeVercelAccount::deployment(QStringLiteral("dpl_api"),
-                                                             QStringLiteral("prj_api"),
-                                                             QStringLiteral("ERROR"), created));
+            "team_acme", FakeVercelAccount::deployment("dpl_api", "prj_api", "ERROR", created));
 
         std::optional<QString> failure = desktop_.start();
         if (!failure)
             failure = desktop_.parts().startKeyring();
-        ASSERT_FALSE(failure) << failure->toStdString();
-        QProcessEnvironment app;
-        app.insert(QStringLiteral("QUILLON_API_BASE"), server_.baseUrl().toString());
-        failure = desktop_.startApp(app);
+        if (!failure) {
+            QProcessEnvironment app;
+            app.insert("QUILLON_API_BASE", server_.baseUrl().toString());
+            failure = desktop_.startApp(app);
+        }
         ASSERT_FALSE(failure) << failure->toStdString();
     }
 
-    void TearDown() override { stopClipboard(); }
+    void TearDown() override { stopProcess(clipboard_); }
 
     QProcessEnvironment env() const { return desktop_.environment(); }
 
@@ -166,46 +148,26 @@ protected:
         EXPECT_EQ(again.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(again.exitCode(), 0)
             << QByteArray(errors).replace(token_, "<token>").toStdString();
-        return focusedWindowTitled(kSettingsTitle, env()).has_value();
+        return focusOnWindowTitled(kSettingsTitle, env());
     }
 
-    // Puts `text` on the clipboard through xclip's standard input (never an argument) and
-    // answers once the clipboard holds it.
-    bool putOnClipboard(const QByteArray& text) {
-        clipboard_.setProcessEnvironment(env());
-        clipboard_.start(
-            QStringLiteral("xclip"),
-            {QStringLiteral("-selection"), QStringLiteral("clipboard"), QStringLiteral("-quiet")});
-        if (!clipboard_.waitForStarted(kStepTimeoutMs))
+    // Settings brought forward, `text` pasted in the token field it opens on, and Return. The
+    // clipboard is filled through xclip's standard input, never an argument.
+    bool pasteInSettings(const QByteArray& text) {
+        if (!openSettings())
             return false;
+        clipboard_.setProcessEnvironment(env());
+        clipboard_.start("xclip", {"-selection", "clipboard", "-quiet"});
         clipboard_.write(text);
         clipboard_.closeWriteChannel();
-        return waitUntil(
-            [&] {
-                QProcess read;
-                read.setProcessEnvironment(env());
-                read.start(QStringLiteral("xclip"),
-                           {QStringLiteral("-o"), QStringLiteral("-selection"),
-                            QStringLiteral("clipboard")});
-                return read.waitForFinished(kStepTimeoutMs) && read.readAllStandardOutput() == text;
-            },
-            kStepTimeoutMs);
-    }
-
-    void stopClipboard() {
-        if (clipboard_.state() == QProcess::NotRunning)
-            return;
-        clipboard_.terminate();
-        clipboard_.waitForFinished(5000);
-    }
-
-    bool press(const QString& keys) { return desktop_.press(keys); }
-
-    // Settings brought forward, `text` pasted in the token field it opens on, and Return.
-    bool pasteInSettings(const QByteArray& text) {
-        const bool pasted = openSettings() && putOnClipboard(text) &&
-                            press(QStringLiteral("ctrl+v")) && press(QStringLiteral("Return"));
-        stopClipboard();
+        const bool pasted = waitUntil(
+                                [&] {
+                                    return runTool("xclip", {"-o", "-selection", "clipboard"},
+                                                   env()) == QString::fromUtf8(text);
+                                },
+                                kStepTimeoutMs) &&
+                            desktop_.press("ctrl+v") && desktop_.press("Return");
+        stopProcess(clipboard_);
         return pasted;
     }
 
@@ -213,22 +175,17 @@ protected:
     // button comes after the token field, the eye, All, None and the reload button; the
     // question starts on Cancel, followed by Remove.
     bool removeInSettings() {
-        if (!openSettings())
-            return false;
-        for (int i = 0; i < 5; ++i) {
-            if (!press(QStringLiteral("Tab")))
-                return false;
-        }
-        return press(QStringLiteral("space")) && focusedWindowTitled(kRemovalTitle, env()) &&
-               press(QStringLiteral("Tab")) && press(QStringLiteral("space"));
+        return openSettings() &&
+               desktop_.parts().xdotool({"key", "Tab", "Tab", "Tab", "Tab", "Tab", "space"}) &&
+               focusOnWindowTitled(kRemovalTitle, env()) &&
+               desktop_.parts().xdotool({"key", "Tab", "space"});
     }
 
     // Clicks the tray icon; the window it opens (other than Settings), once it has the keyboard.
     std::optional<XWindow> openPanel(const XWindow& icon) {
         const QPoint centre = icon.rect.center();
-        if (!desktop_.parts().xdotool({QStringLiteral("mousemove"), QStringLiteral("--sync"),
-                                       QString::number(centre.x()), QString::number(centre.y()),
-                                       QStringLiteral("click"), QStringLiteral("1")}))
+        if (!desktop_.parts().xdotool({"mousemove", "--sync", QString::number(centre.x()),
+                                       QString::number(centre.y()), "click", "1"}))
             return std::nullopt;
         const QStringList settings = visibleWindowsTitled(kSettingsTitle, env());
         std::optional<XWindow> panel;
@@ -249,8 +206,8 @@ protected:
     // Every file under the app's configuration folder that holds the token.
     QStringList configFilesHoldingToken() const {
         QStringList holding;
-        QDirIterator files(desktop_.appEnvironment().value(QStringLiteral("XDG_CONFIG_HOME")),
-                           QDir::Files, QDirIterator::Subdirectories);
+        QDirIterator files(desktop_.appEnvironment().value("XDG_CONFIG_HOME"), QDir::Files,
+                           QDirIterator::Subdirectories);
         while (files.hasNext()) {
             QFile file(files.next());
             if (file.open(QIODevice::ReadOnly) && file.readAll().contains(token_))
@@ -275,8 +232,8 @@ TEST_F(TokenEndToEnd, APastedTokenIsCheckedKeptShownAndRemoved) {
     // No token yet: the app says so and asks Vercel nothing.
     std::optional<QJsonObject> status = statusWhen([](const QJsonObject&) { return true; });
     ASSERT_TRUE(status) << "quillon never answered Status: " << said();
-    EXPECT_EQ(text(*status, "tone"), QStringLiteral("disconnected"));
-    EXPECT_EQ(text(*status, "summary"), QStringLiteral("Not connected"));
+    EXPECT_EQ(text(*status, "tone"), "disconnected");
+    EXPECT_EQ(text(*status, "summary"), "Not connected");
     EXPECT_TRUE(server_.requests().isEmpty());
 
     // Pasted the way it often comes, with blanks and a line break around it.
@@ -288,8 +245,8 @@ TEST_F(TokenEndToEnd, APastedTokenIsCheckedKeptShownAndRemoved) {
     ASSERT_EQ(projectStates(*status),
               QStringList({"prj_api error", "prj_docs unknown", "prj_web ready"}))
         << said();
-    EXPECT_EQ(text(*status, "tone"), QStringLiteral("error"));
-    EXPECT_EQ(text(*status, "summary"), QStringLiteral("1 failed"));
+    EXPECT_EQ(text(*status, "tone"), "error");
+    EXPECT_EQ(text(*status, "summary"), "1 failed");
     const QList<LoopbackHttpServer::Request> checks = server_.requestsTo("/v2/user");
     ASSERT_FALSE(checks.isEmpty());
     EXPECT_TRUE(checks.first().headerValues("Authorization") ==
@@ -297,9 +254,9 @@ TEST_F(TokenEndToEnd, APastedTokenIsCheckedKeptShownAndRemoved) {
         << "Vercel was not sent the trimmed token";
 
     // Kept once in the login keyring and once for the session, trimmed.
-    EXPECT_EQ(keyring.itemsIn(QStringLiteral("login"), QStringLiteral("synced")).size(), 1);
-    EXPECT_EQ(keyring.itemsIn(QStringLiteral("session"), QStringLiteral("local")).size(), 1);
-    EXPECT_TRUE(keyring.secretOf(QStringLiteral("synced")) == token_)
+    EXPECT_EQ(keyring.itemsIn("login", "synced").size(), 1);
+    EXPECT_EQ(keyring.itemsIn("session", "local").size(), 1);
+    EXPECT_TRUE(keyring.secretOf("synced") == token_)
         << "the login keyring holds another text than the trimmed token";
 
     // The tray icon opens the panel under it; Escape closes it.
@@ -312,7 +269,7 @@ TEST_F(TokenEndToEnd, APastedTokenIsCheckedKeptShownAndRemoved) {
                 panel->rect.right() >= iconCentre)
         << "panel " << describe(panel->rect).toStdString() << " for the icon "
         << describe(icon->rect).toStdString();
-    ASSERT_TRUE(press(QStringLiteral("Escape")));
+    ASSERT_TRUE(desktop_.press("Escape"));
     EXPECT_TRUE(waitUntil([&] { return !isViewable(panel->id, env()); }, kStepTimeoutMs))
         << "Escape left the panel open";
 
@@ -320,11 +277,10 @@ TEST_F(TokenEndToEnd, APastedTokenIsCheckedKeptShownAndRemoved) {
     ASSERT_TRUE(removeInSettings()) << said();
     status = statusWhen([](const QJsonObject& s) { return text(s, "summary") == "Not connected"; });
     ASSERT_TRUE(status) << said();
-    EXPECT_EQ(text(*status, "summary"), QStringLiteral("Not connected"));
-    EXPECT_EQ(text(*status, "tone"), QStringLiteral("disconnected"));
+    EXPECT_EQ(text(*status, "tone"), "disconnected");
     EXPECT_TRUE(projectStates(*status).isEmpty());
-    EXPECT_TRUE(keyring.itemsIn(QStringLiteral("login"), QStringLiteral("synced")).isEmpty());
-    EXPECT_TRUE(keyring.itemsIn(QStringLiteral("session"), QStringLiteral("local")).isEmpty());
+    EXPECT_TRUE(keyring.itemsIn("login", "synced").isEmpty());
+    EXPECT_TRUE(keyring.itemsIn("session", "local").isEmpty());
 
     // A clean exit, and the token in nothing the app printed or wrote.
     EXPECT_TRUE(desktop_.quitApp()) << said();

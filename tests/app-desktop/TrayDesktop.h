@@ -7,8 +7,8 @@
 #include <QProcessEnvironment>
 #include <optional>
 
-// A private desktop with a tray (trayer's panel across the top, the tray on the right) and the
-// real `quillon` on it; the destructor stops them in the reverse order.
+// A private desktop with a tray (trayer's panel across the top, the tray on the right), or a bare
+// one, and the real `quillon` on it; the destructor stops them in the reverse order.
 class TrayDesktop {
 public:
     // How long the X server, the tray and the application may take to come up.
@@ -16,8 +16,9 @@ public:
 
     ~TrayDesktop();
 
-    // Xvfb, the bus, dunst and trayer; answers what went wrong, if anything did.
-    std::optional<QString> start();
+    // Xvfb and the bus, then unless `bare` dunst and trayer; answers what went wrong, if anything
+    // did.
+    std::optional<QString> start(bool bare = false);
     // `quillon` on the xcb platform with the desktop's environment and `settings` on top of it
     // (variables set there replace the desktop's).
     std::optional<QString> startApp(const QProcessEnvironment& settings);

@@ -17,8 +17,8 @@ std::optional<QString> startDemo(TrayDesktop& desktop) {
     if (std::optional<QString> failure = desktop.start())
         return failure;
     QProcessEnvironment demo;
-    demo.insert(QStringLiteral("QUILLON_DEMO"), QStringLiteral("1"));
-    demo.insert(QStringLiteral("QUILLON_DEMO_SPEED"), QStringLiteral("10"));
+    demo.insert("QUILLON_DEMO", "1");
+    demo.insert("QUILLON_DEMO_SPEED", "10");
     return desktop.startApp(demo);
 }
 
@@ -46,7 +46,7 @@ TEST(TrayEndToEnd, HotKeyOneShowsTheLiveActivityUnderTheTrayIconUntilTheDeployme
 
     QElapsedTimer sincePress;
     sincePress.start();
-    ASSERT_TRUE(desktop.press(QStringLiteral("ctrl+alt+super+1")));
+    ASSERT_TRUE(desktop.press("ctrl+alt+super+1"));
     QList<XWindow> shown;
     ASSERT_TRUE(waitUntil(
         [&] {

@@ -29,9 +29,7 @@ std::optional<QString> runTool(const QString& program, const QStringList& argume
 }
 
 QList<XWindow> windowTree(const QProcessEnvironment& environment) {
-    const std::optional<QString> tree =
-        runTool(QStringLiteral("xwininfo"), {QStringLiteral("-root"), QStringLiteral("-tree")},
-                environment);
+    const std::optional<QString> tree = runTool("xwininfo", {"-root", "-tree"}, environment);
     if (!tree)
         return {};
     // `     0x400006 "quillon": ("quillon" "quillon")  22x26+0+0  +1257+1`
@@ -63,9 +61,8 @@ QList<XWindow> windowTree(const QProcessEnvironment& environment) {
 }
 
 bool isViewable(const QString& id, const QProcessEnvironment& environment) {
-    const std::optional<QString> info =
-        runTool(QStringLiteral("xwininfo"), {QStringLiteral("-id"), id}, environment);
-    return info && info->contains(QStringLiteral("Map State: IsViewable"));
+    const std::optional<QString> info = runTool("xwininfo", {"-id", id}, environment);
+    return info && info->contains("Map State: IsViewable");
 }
 
 std::optional<XWindow> trayIcon(const QProcessEnvironment& environment) {

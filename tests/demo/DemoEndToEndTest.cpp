@@ -2,6 +2,7 @@
 // desktop, a hot key pressed with xdotool, dunst showing the failure, then the report.
 #include "support/CliProcess.h"
 #include "support/QtPrinters.h"
+#include "support/StopProcess.h"
 #include "support/WaitUntil.h"
 #include "support/desktop/DunstControl.h"
 #include "support/desktop/PrivateDesktop.h"
@@ -17,14 +18,9 @@ class DemoWatch {
 public:
     explicit DemoWatch(const QProcessEnvironment& environment) {
         process_.setProcessEnvironment(environment);
-        process_.start(QStringLiteral(QUILLON_CLI_PATH), {QStringLiteral("watch")});
+        process_.start(QStringLiteral(QUILLON_CLI_PATH), {"watch"});
     }
-    ~DemoWatch() {
-        process_.terminate();
-        if (!process_.waitForFinished(5000))
-            process_.kill();
-        process_.waitForFinished(5000);
-    }
+    ~DemoWatch() { stopProcess(process_); }
 
     // Waits for a line from index `from` on that starts with `prefix` and holds `text`; answers
     // its index, or -1.
@@ -61,15 +57,15 @@ TEST(DemoEndToEnd, HotKeyTwoFailsApiOnceOnScreenAndTheReportShowsTheTypeError) {
         ASSERT_FALSE(failure) << failure->toStdString();
     }
     QProcessEnvironment environment = desktop.environment();
-    environment.insert(QStringLiteral("QUILLON_DEMO"), QStringLiteral("1"));
-    environment.insert(QStringLiteral("QUILLON_DEMO_SPEED"), QStringLiteral("10"));
+    environment.insert("QUILLON_DEMO", "1");
+    environment.insert("QUILLON_DEMO_SPEED", "10");
     DemoWatch watch(environment);
     // The first block is printed once the hot keys are registered.
-    const int start = watch.waitForLine(QStringLiteral("  Live  blog"));
+    const int start = watch.waitForLine("  Live  blog");
     ASSERT_GE(start, 0) << watch.errors().toStdString();
 
-    ASSERT_TRUE(desktop.xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+super+2")}));
-    const QString api = QStringLiteral("  %1  api  main  ");
+    ASSERT_TRUE(desktop.xdotool({"key", "ctrl+alt+super+2"}));
+    const QString api = "  %1  api  main  ";
     const int queued = watch.waitForLine(api.arg("Queued"), start);
     const int building = watch.waitForLine(api.arg("Building"), start);
     const int failed = watch.waitForLine(api.arg("Failed"), start);
@@ -81,10 +77,8 @@ TEST(DemoEndToEnd, HotKeyTwoFailsApiOnceOnScreenAndTheReportShowsTheTypeError) {
     DunstControl dunst(desktop.connection());
     ASSERT_TRUE(waitUntil([&] { return dunst.displayed() == 1; }));
     // Later passes still see api failed; they must not notify it again.
-    ASSERT_TRUE(desktop.xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+super+1")}));
-    ASSERT_GT(watch.waitForLine(QStringLiteral("  Live  my-saas  main  "), failed,
-                                QStringLiteral("Add pricing page")),
-              failed);
+    ASSERT_TRUE(desktop.xdotool({"key", "ctrl+alt+super+1"}));
+    ASSERT_GT(watch.waitForLine("  Live  my-saas  main  ", failed, "Add pricing page"), failed);
     EXPECT_EQ(dunst.displayed(), 1);
     ASSERT_TRUE(dunst.closeAll());
     const QList<QVariantMap> history = dunst.history();
@@ -94,7 +88,7 @@ TEST(DemoEndToEnd, HotKeyTwoFailsApiOnceOnScreenAndTheReportShowsTheTypeError) {
         history[0].value("body").toString().startsWith("Branch main · Handle checkout webhook · "))
         << history[0].value("body").toString().toStdString();
 
-    const CliRun report = runCli({"report", "api"}, environment, QStringLiteral("no-token-here"));
+    const CliRun report = runCli({"report", "api"}, environment, "no-token-here");
     ASSERT_EQ(report.exitCode, 0) << report.err.toStdString();
     EXPECT_TRUE(report.out.startsWith("# Vercel deployment failed: api\n"));
     const QStringList fenced = report.out.split("```");

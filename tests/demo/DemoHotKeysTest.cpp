@@ -13,21 +13,14 @@ namespace {
 // Sets DISPLAY for this process (the hot keys read it) until the end of the scope.
 class DisplayVariable {
 public:
-    explicit DisplayVariable(const QByteArray& value) : previous_(qgetenv("DISPLAY")) {
-        if (value.isNull())
-            qunsetenv("DISPLAY");
-        else
-            qputenv("DISPLAY", value);
-    }
-    ~DisplayVariable() {
-        if (previous_.isNull())
-            qunsetenv("DISPLAY");
-        else
-            qputenv("DISPLAY", previous_);
-    }
+    explicit DisplayVariable(const QByteArray& value) { set(value); }
+    ~DisplayVariable() { set(previous_); }
 
 private:
-    QByteArray previous_;
+    static void set(const QByteArray& value) {
+        value.isNull() ? qunsetenv("DISPLAY") : qputenv("DISPLAY", value);
+    }
+    const QByteArray previous_ = qgetenv("DISPLAY");
 };
 
 class DemoHotKeysTest : public ::testing::Test {
@@ -40,7 +33,7 @@ protected:
 
     // Presses each chord in turn, e.g. "ctrl+alt+super+2".
     void press(const QStringList& chords) {
-        ASSERT_TRUE(desktop.xdotool(QStringList{QStringLiteral("key")} + chords));
+        ASSERT_TRUE(desktop.xdotool(QStringList{"key"} + chords));
     }
 
     PrivateDesktop desktop;

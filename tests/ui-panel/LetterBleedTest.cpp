@@ -1,5 +1,6 @@
 #include "ui/panel/LetterBleed.h"
 
+#include <QImage>
 #include <gtest/gtest.h>
 
 namespace {
@@ -8,7 +9,7 @@ struct ShownBleed {
     LetterBleed bleed;
     ShownBleed() {
         bleed.resize(240, 24);
-        bleed.setText(QStringLiteral("quillon-web"));
+        bleed.setText("quillon-web");
         bleed.show();
     }
 };
@@ -23,63 +24,48 @@ TEST(LetterBleed, StartsUnderThePointerThenGlidesAfterIt) {
     EXPECT_DOUBLE_EQ(shown.bleed.x(), 100);
     shown.bleed.setFocus({160, 12});
     shown.bleed.tick();
-    EXPECT_NEAR(shown.bleed.vx(), 60 * 0.028 * 0.9, 1e-12);
-    EXPECT_NEAR(shown.bleed.x(), 100 + 60 * 0.028 * 0.9, 1e-12);
+    EXPECT_GT(shown.bleed.x(), 100);
+    EXPECT_LT(shown.bleed.x(), 110); // glides, does not jump
     for (int i = 0; i < 600; ++i)
         shown.bleed.tick();
     EXPECT_NEAR(shown.bleed.x(), 160, 0.01);
 }
 
-TEST(LetterBleed, SpotlightFadesInAndOutInAThirdOfASecond) {
+TEST(LetterBleed, SpotlightEasesInAndOutInAThirdOfASecond) {
     ShownBleed shown;
     shown.bleed.setActive(true);
-    EXPECT_TRUE(shown.bleed.isAnimating());
     for (int i = 0; i < 9; ++i)
         shown.bleed.tick();
-    // Ease-out: past the linear share half way through.
-    EXPECT_GT(shown.bleed.spotlight(), 0.6);
-    EXPECT_LT(shown.bleed.spotlight(), 1);
+    EXPECT_GT(shown.bleed.spotlight(), 0.6); // ease-out: past the linear share half way through
     for (int i = 0; i < 9; ++i)
         shown.bleed.tick();
     EXPECT_DOUBLE_EQ(shown.bleed.spotlight(), 1);
-
     shown.bleed.setActive(false);
     for (int i = 0; i < 17; ++i)
         shown.bleed.tick();
-    EXPECT_GT(shown.bleed.spotlight(), 0);
     EXPECT_TRUE(shown.bleed.isAnimating()); // still fading out
     shown.bleed.tick();
-    EXPECT_DOUBLE_EQ(shown.bleed.spotlight(), 0);
     EXPECT_FALSE(shown.bleed.isAnimating());
 }
 
-TEST(LetterBleed, TimerStopsWhenHidden) {
+TEST(LetterBleed, ShowsTheCapitalisedNameAroundTheSpotlightOnly) {
     ShownBleed shown;
+    EXPECT_EQ(shown.bleed.shownText(), "QUILLON-WEB");
+    shown.bleed.setText("quillon-web-dashboard-staging-preview-and-more");
+    shown.bleed.setFocus({60, 12});
     shown.bleed.setActive(true);
-    EXPECT_TRUE(shown.bleed.isAnimating());
-    shown.bleed.hide();
-    EXPECT_FALSE(shown.bleed.isAnimating());
-    shown.bleed.show();
-    EXPECT_TRUE(shown.bleed.isAnimating());
-}
-
-TEST(LetterBleed, WobbleSwapsTheCopiesWhileActive) {
-    ShownBleed shown;
-    shown.bleed.setActive(true);
-    bool seen[2] = {false, false};
-    for (int i = 0; i < 3 * LetterBleed::wobbleFrames; ++i) {
+    for (int i = 0; i < 30; ++i)
         shown.bleed.tick();
-        seen[shown.bleed.wobble()] = true;
-    }
-    EXPECT_TRUE(seen[0] && seen[1]);
-}
-
-TEST(LetterBleed, ShowsTheNameInCapitalsElidedInTheMiddle) {
-    ShownBleed shown;
-    EXPECT_EQ(shown.bleed.shownText(), QStringLiteral("QUILLON-WEB"));
-    shown.bleed.setText(QStringLiteral("a-very-long-project-name-that-cannot-fit-in-a-row"));
-    const QString shownText = shown.bleed.shownText();
-    EXPECT_TRUE(shownText.startsWith(u"A-VERY")) << shownText.toStdString();
-    EXPECT_TRUE(shownText.endsWith(u"ROW")) << shownText.toStdString();
-    EXPECT_TRUE(shownText.contains(QChar(0x2026)));
+    QImage image(shown.bleed.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    shown.bleed.render(&image, {}, {}, QWidget::DrawChildren);
+    auto columnAlpha = [&](int x) {
+        int most = 0;
+        for (int y = 0; y < image.height(); ++y)
+            most = std::max(most, qAlpha(image.pixel(x, y)));
+        return most;
+    };
+    // A long name fills the whole width, yet nothing shows past the spotlight's rim.
+    EXPECT_GT(columnAlpha(60), 50);
+    EXPECT_EQ(columnAlpha(60 + 80), 0);
 }

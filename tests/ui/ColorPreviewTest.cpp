@@ -1,6 +1,5 @@
 #include "ui/status/ColorPreview.h"
 #include "core/demo/DemoDirector.h"
-#include "core/monitor/PreferenceKeys.h"
 #include "ui/UiFixture.h"
 #include "ui/status/LiveActivityController.h"
 #include "ui/status/StatusPalette.h"
@@ -14,7 +13,7 @@ namespace {
 
 class ColorPreviewTest : public UiFixture {
 protected:
-    StatusPalette palette{*prefs, QStringLiteral("#FF0074")};
+    StatusPalette palette{*prefs, "#FF0074"};
     LiveActivityController controller{palette, clock};
     ColorPreview preview{state, controller};
 
@@ -39,15 +38,14 @@ TEST_F(ColorPreviewTest, StepsThroughTheThreeColoursThenReturnsToTheRealState) {
     EXPECT_EQ(shownStatus(), DeployStatus::queued);
     EXPECT_TRUE(controller.isPreviewing());
 
-    clock.advance(2500ms);
-    EXPECT_EQ(state.overallTone(), Tone::building);
-    EXPECT_EQ(shownStatus(), DeployStatus::building);
-    clock.advance(3500ms);
-    EXPECT_EQ(state.overallTone(), Tone::success);
-    EXPECT_EQ(shownStatus(), DeployStatus::ready);
-    clock.advance(2500ms);
-    EXPECT_EQ(state.overallTone(), Tone::error);
-    EXPECT_EQ(shownStatus(), DeployStatus::error);
+    const std::pair<Tone, DeployStatus> steps[] = {{Tone::building, DeployStatus::building},
+                                                   {Tone::success, DeployStatus::ready},
+                                                   {Tone::error, DeployStatus::error}};
+    for (const auto& [tone, status] : steps) {
+        clock.advance(tone == Tone::success ? 3500ms : 2500ms);
+        EXPECT_EQ(state.overallTone(), tone);
+        EXPECT_EQ(shownStatus(), status);
+    }
     EXPECT_TRUE(controller.isVisible());
 
     clock.advance(3500ms);
@@ -77,29 +75,25 @@ TEST_F(ColorPreviewTest, ASecondRunTakesOverAndRunsItsFullTwelveSeconds) {
     EXPECT_EQ(state.overallTone(), Tone::disconnected);
 }
 
-TEST_F(ColorPreviewTest, AfterThePreviewTheCapsuleShowsWhatIsReallyBuilding) {
+TEST_F(ColorPreviewTest, AfterThePreviewTheCapsuleFollowsTheStateAndItsPreference) {
     controller.observe(state);
-    state.start(true);
+    state.start(true); // six demo projects, all live already
     QCoreApplication::processEvents();
+    EXPECT_EQ(controller.lastStatus().size(), 6);
+    EXPECT_FALSE(controller.isVisible());
     preview.previewColors();
     state.demo()->runScene(1); // my-saas queued, during the preview
     QCoreApplication::processEvents();
-    EXPECT_EQ(shownStatus(), DeployStatus::queued);
     EXPECT_EQ(controller.model().rows().first().id, "color-preview");
 
     clock.advance(12s);
     ASSERT_EQ(controller.model().rows().size(), 1);
     EXPECT_EQ(controller.model().rows().first().name, "my-saas");
     EXPECT_TRUE(controller.isVisible());
-}
-
-TEST_F(ColorPreviewTest, TheFakeDeploymentSpeaksTheInterfaceLanguage) {
-    prefs->setString(PreferenceKeys::appLanguage, QStringLiteral("fr"));
-    const QList<ColorPreview::Step> steps = ColorPreview::steps(clock.now());
-    ASSERT_EQ(steps.size(), 4);
-    const ProjectSnapshot& live = steps[2].snapshot;
-    EXPECT_EQ(live.name, "mon-projet");
-    EXPECT_EQ(live.latest->commitTitle(), "Aperçu des couleurs");
-    EXPECT_EQ(live.latest->buildDuration(), 42.0);
-    EXPECT_EQ(live.latest->createdAt, clock.now().toMSecsSinceEpoch() - 45'000.0);
+    state.setLiveActivity(false);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(controller.isVisible());
+    state.setLiveActivity(true);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(controller.isVisible());
 }

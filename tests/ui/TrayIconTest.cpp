@@ -1,56 +1,148 @@
 #include "ui/status/TrayIcon.h"
 #include "core/demo/DemoDirector.h"
+#include "support/QtPrinters.h"
+#include "support/TempPreferences.h"
 #include "ui/UiFixture.h"
 #include "ui/status/StatusPalette.h"
+#include "ui/status/ToneIcon.h"
+#include "ui/status/ToneIconCache.h"
 
 #include <QApplication>
 #include <QPalette>
+#include <gtest/gtest.h>
 
 using namespace std::chrono_literals;
 
 namespace {
 
-QColor baseColour(const QIcon& icon) {
-    // The middle of the small triangle's base, on the 64-pixel image drawn with a count.
-    return icon.pixmap(64).toImage().pixelColor(32, 29);
+constexpr int size = 64;
+// On the 64-pixel image: inside the full-size triangle (clear of the stroke), the middle of its
+// base (on the stroke), and the same two points of the smaller triangle drawn over a count.
+const QPoint inside(32, 37);
+const QPoint onBase(32, 51);
+const QPoint countedInside(32, 20);
+const QPoint countedOnBase(32, 29);
+
+const QColor panelText(0x20, 0x20, 0x20);
+
+QImage imageOf(const QIcon& icon) {
+    return icon.pixmap(size).toImage().convertToFormat(QImage::Format_ARGB32);
 }
+
+// Pixels of `color` in the columns [left, right) below the triangle.
+int countInk(const QImage& image, const QColor& color, int left = 0, int right = size) {
+    int ink = 0;
+    for (int y = 34; y < size; ++y)
+        for (int x = left; x < right; ++x)
+            ink += QColor(image.pixel(x, y)) == color && qAlpha(image.pixel(x, y)) == 255;
+    return ink;
+}
+
+class ToneIconTest : public ::testing::Test {
+protected:
+    TempPreferences prefs;
+    StatusPalette palette{*prefs, "#FF0074"};
+    ToneIconCache cache;
+
+    QImage draw(Tone tone, int count) {
+        return imageOf(cache.icon(tone, count, palette, panelText));
+    }
+};
 
 } // namespace
 
-TEST_F(UiFixture, TrayIconFollowsTheStateAndThePalette) {
-    StatusPalette palette(*prefs, QStringLiteral("#FF0074"));
+TEST(ToneIconCount, ShowsNothingBelowOneAndCapsAtNinetyNinePlus) {
+    const QStringList shown{ToneIcon::countText(0), ToneIcon::countText(1), ToneIcon::countText(99),
+                            ToneIcon::countText(100)};
+    EXPECT_EQ(shown, (QStringList{"", "1", "99", "99+"}));
+}
+
+TEST_F(ToneIconTest, FailureIsFilledOtherTonesAreOutlinesInTheirColour) {
+    const QImage error = draw(Tone::error, 0);
+    EXPECT_EQ(QColor(error.pixel(inside)), palette.error());
+    EXPECT_EQ(QColor(error.pixel(onBase)), palette.error());
+
+    const QImage building = draw(Tone::building, 0);
+    EXPECT_EQ(qAlpha(building.pixel(inside)), 0);
+    EXPECT_EQ(QColor(building.pixel(onBase)), palette.success());
+    EXPECT_EQ(QColor(draw(Tone::success, 0).pixel(onBase)), palette.success());
+    EXPECT_EQ(QColor(draw(Tone::queued, 0).pixel(onBase)), palette.queued());
+
+    // Neutral tones take the panel's own text colour.
+    const QImage idle = draw(Tone::idle, 0);
+    EXPECT_EQ(qAlpha(idle.pixel(inside)), 0);
+    EXPECT_EQ(QColor(idle.pixel(onBase)), panelText);
+    EXPECT_EQ(QColor(draw(Tone::disconnected, 0).pixel(onBase)), panelText);
+}
+
+TEST_F(ToneIconTest, TodaysCountIsDrawnUnderASmallerTriangle) {
+    EXPECT_EQ(countInk(draw(Tone::building, 0), panelText), 0);
+
+    const QImage nine = draw(Tone::building, 9);
+    EXPECT_EQ(qAlpha(nine.pixel(countedInside)), 0);
+    EXPECT_EQ(QColor(nine.pixel(countedOnBase)), palette.success());
+    EXPECT_GT(countInk(nine, panelText), 40);
+
+    const QImage failed = draw(Tone::error, 9);
+    EXPECT_EQ(QColor(failed.pixel(countedInside)), palette.error());
+
+    // "99+" spreads over the whole width where "9" stays in the middle.
+    const QImage many = draw(Tone::idle, 100);
+    EXPECT_EQ(countInk(nine, panelText, 0, 16), 0);
+    EXPECT_GT(countInk(many, panelText, 0, 16), 20);
+    EXPECT_GT(countInk(many, panelText, 48, size), 20);
+}
+
+TEST_F(ToneIconTest, IconsAreDrawnOncePerToneAndCountUntilAColourChanges) {
+    draw(Tone::error, 3);
+    draw(Tone::error, 3);
+    draw(Tone::error, 150);
+    draw(Tone::error, 250); // the same text, "99+"
+    EXPECT_EQ(cache.drawCount(), 2);
+    EXPECT_EQ(cache.size(), 2);
+
+    palette.setError(QColor(0x11, 0x22, 0xCC));
+    const QImage recoloured = draw(Tone::error, 3);
+    EXPECT_EQ(cache.size(), 1);
+    EXPECT_EQ(cache.drawCount(), 3);
+    EXPECT_EQ(QColor(recoloured.pixel(countedInside)), QColor(0x11, 0x22, 0xCC));
+
+    // A change of the desktop's colours flushes too: neutral icons depend on them.
+    cache.icon(Tone::error, 3, palette, Qt::white);
+    EXPECT_EQ(cache.size(), 1);
+    EXPECT_EQ(cache.drawCount(), 4);
+}
+
+// The neutral triangle follows the bar, not the application: a light application theme (black
+// text) must not draw it dark when nothing tells the bar's colour, since most bars are dark.
+TEST_F(UiFixture, TrayIconFollowsTheStateAndThePaletteButNotTheApplicationTheme) {
+    StatusPalette palette(*prefs, "#FF0074");
+    const QPalette original = QApplication::palette();
+    QPalette lightTheme = original;
+    lightTheme.setColor(QPalette::WindowText, Qt::black);
+    QApplication::setPalette(lightTheme);
     TrayIcon tray(state, palette);
+    const auto shownColour = [&] {
+        return QColor(imageOf(tray.systemTrayIcon().icon()).pixel(countedOnBase));
+    };
     EXPECT_EQ(tray.systemTrayIcon().toolTip(), "Not connected");
-    const int neutralDraws = tray.cache().drawCount();
+    EXPECT_GT(QColor(imageOf(tray.systemTrayIcon().icon()).pixel(onBase)).lightness(), 200);
+    QApplication::setPalette(original);
 
     state.start(true); // demo: connected, 11 deployments today
     state.demo()->runScene(2);
     clock.advance(2s);
     EXPECT_EQ(tray.systemTrayIcon().toolTip(), "1 building");
-    EXPECT_EQ(baseColour(tray.systemTrayIcon().icon()), palette.success());
+    EXPECT_EQ(shownColour(), palette.success());
     clock.advance(16s);
     EXPECT_EQ(tray.systemTrayIcon().toolTip(), "1 failed");
-    EXPECT_EQ(baseColour(tray.systemTrayIcon().icon()), palette.error());
-    EXPECT_GT(tray.cache().drawCount(), neutralDraws);
+    EXPECT_EQ(shownColour(), palette.error());
 
     // Announcements that change nothing shown draw nothing.
     const int draws = tray.cache().drawCount();
     Q_EMIT state.changed();
     state.setHeroMonochrome(false);
     EXPECT_EQ(tray.cache().drawCount(), draws);
-
     palette.setError(Qt::blue);
-    EXPECT_EQ(baseColour(tray.systemTrayIcon().icon()), QColor(Qt::blue));
-}
-
-// A light application theme must not make the triangle dark: with no tray colours and no
-// colour-scheme preference to go by, the panel is taken to be dark, as most are.
-TEST_F(UiFixture, NeutralTrayIconIsLightWhenNothingTellsThePanelColour) {
-    StatusPalette palette(*prefs, QStringLiteral("#FF0074"));
-    QPalette lightTheme = QApplication::palette();
-    lightTheme.setColor(QPalette::WindowText, Qt::black);
-    QApplication::setPalette(lightTheme);
-    TrayIcon tray(state, palette);
-    const QImage image = tray.systemTrayIcon().icon().pixmap(64).toImage();
-    EXPECT_GT(image.pixelColor(32, 51).lightness(), 200);
+    EXPECT_EQ(shownColour(), QColor(Qt::blue));
 }
