@@ -21,27 +21,15 @@ const QString watcher = QStringLiteral("org.kde.StatusNotifierWatcher");
 // bottom one.
 QByteArray panelConfig(XfceDesktop::Edge edge) {
     const QByteArray position = edge == XfceDesktop::Edge::top ? "p=6;x=0;y=0" : "p=10;x=0;y=0";
-    return R"(<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="dark-mode" type="bool" value="true"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value=")" +
-           position + R"("/>
-      <property name="length" type="uint" value="100"/>
-      <property name="size" type="uint" value="26"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="systray"/>
-  </property>
-</channel>
-)";
+    return R"(<channel name="xfce4-panel" version="1.0"><property name="configver" type="int" value="2"/>
+<property name="panels" type="array"><value type="int" value="1"/>
+<property name="dark-mode" type="bool" value="true"/><property name="panel-1" type="empty">
+<property name="position" type="string" value=")" +
+           position + R"("/><property name="length" type="uint" value="100"/>
+<property name="size" type="uint" value="26"/>
+<property name="plugin-ids" type="array"><value type="int" value="1"/></property></property>
+</property><property name="plugins" type="empty">
+<property name="plugin-1" type="string" value="systray"/></property></channel>)";
 }
 
 std::optional<XWindow> panelWindow(const QProcessEnvironment& environment) {
