@@ -8,6 +8,7 @@
 #include "ui/panel/PanelPlacement.h"
 #include "ui/panel/PanelView.h"
 #include "ui/settings/SettingsWindow.h"
+#include "ui/status/TrayEdge.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -37,8 +38,12 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
             Qt::QueuedConnection);
     connect(&updater_, &UpdateService::resultChanged, this, &QuillonApp::buildMenu,
             Qt::QueuedConnection);
-    tray_.systemTrayIcon().setContextMenu(&menu_);
+    tray_.setContextMenu(menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
+    connect(&tray_, &TrayIcon::menuRequested, this, [this](QPoint position) {
+        lastClick_ = position;
+        menu_.popup(position);
+    });
 }
 
 QuillonApp::~QuillonApp() = default;
@@ -52,7 +57,7 @@ void QuillonApp::start(bool demo, std::optional<int> demoScene) {
     if (demo && demoScene && state_.demo())
         state_.demo()->runScene(*demoScene);
     // Last, so that everything the icon leads to already answers once it is on screen.
-    tray_.systemTrayIcon().show();
+    tray_.show();
 }
 
 void QuillonApp::buildMenu() {
@@ -61,8 +66,7 @@ void QuillonApp::buildMenu() {
     refresh->setEnabled(state_.connection().isConnected() && !state_.isDemo());
     connect(refresh, &QAction::triggered, &state_, [this] { state_.refresh(); });
     QAction* open = menu_.addAction(Language::text("Open panel", "Ouvrir le panneau"));
-    connect(open, &QAction::triggered, this,
-            [this] { openPanel(lastClick_.value_or(QCursor::pos())); });
+    connect(open, &QAction::triggered, this, [this] { openPanel(menuAnchor()); });
     NotificationPause& pause = state_.notificationPause();
     if (pause.isPaused()) {
         QAction* resume =
@@ -108,8 +112,34 @@ std::optional<QRectF> QuillonApp::trayAnchor() const {
     if (const std::optional<QRect> rect = tray_.geometry())
         return QRectF(*rect);
     if (lastClick_)
-        return QRectF(*lastClick_, QSizeF(0, 0));
+        return clickedBar(*lastClick_);
+    // A StatusNotifierItem host tells nothing before the first click: the top right corner,
+    // where most trays sit, rather than a wait for a geometry that never comes.
+    if (tray_.servesStatusNotifier())
+        return QRectF(primaryCorner(), QSizeF(0, 0));
     return std::nullopt;
+}
+
+QPoint QuillonApp::primaryCorner() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->availableGeometry().topRight() : QPoint();
+}
+
+// Some hosts open the exported menu on a left click too (waybar) and report no position; on
+// XWayland the pointer position is stale once the click landed on the compositor's own bar.
+QPoint QuillonApp::menuAnchor() const {
+    if (lastClick_)
+        return *lastClick_;
+    return tray_.servesStatusNotifier() ? primaryCorner() : QCursor::pos();
+}
+
+QRectF QuillonApp::clickedBar(const QPoint& click) {
+    QScreen* screen = QGuiApplication::screenAt(click);
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return QRectF(click, QSizeF(0, 0));
+    return barAroundClick(click, screen->availableGeometry());
 }
 
 void QuillonApp::openPanel(const QPoint& position) {
@@ -120,8 +150,10 @@ void QuillonApp::openPanel(const QPoint& position) {
         connect(panel_.get(), &PanelView::contentResized, this, &QuillonApp::placePanel);
         connect(panel_.get(), &PanelView::quillonOpenSettings, this, &QuillonApp::showSettings);
     }
-    const std::optional<QRect> rect = tray_.geometry();
-    panelAnchor_ = rect ? QPoint(rect->center().x(), rect->bottom()) : position;
+    const QRectF bar = clickedBar(position);
+    panelIcon_ = tray_.geometry().value_or(
+        QRect(bar.topLeft().toPoint(),
+              QSize(std::max(1, qRound(bar.width())), std::max(1, qRound(bar.height())))));
     panel_->redraw();
     placePanel();
     panel_->show();
@@ -133,11 +165,11 @@ void QuillonApp::placePanel() {
         return;
     const QSize size(PanelView::panelWidth, panel_->fittingHeight());
     panel_->resize(size);
-    QScreen* screen = QGuiApplication::screenAt(panelAnchor_);
+    QScreen* screen = QGuiApplication::screenAt(panelIcon_.center());
     if (!screen)
         screen = QGuiApplication::primaryScreen();
     std::optional<QRect> area;
     if (screen)
         area = screen->availableGeometry();
-    panel_->move(PanelPlacement::frame(panelAnchor_, size, area).topLeft());
+    panel_->move(PanelPlacement::frame(panelIcon_, size, area).topLeft());
 }

@@ -45,9 +45,15 @@ private:
     // The tray's right-click menu, in the current language.
     void buildMenu();
     void openPanel(const QPoint& position);
-    // Keeps the open panel under the tray icon, inside the screen with a margin.
+    // Keeps the open panel next to the tray icon, inside the screen with a margin.
     void placePanel();
     std::optional<QRectF> trayAnchor() const;
+    // The stretch of tray bar a click on a StatusNotifierItem stands for.
+    static QRectF clickedBar(const QPoint& click);
+    // The top right corner of the primary screen's usable area, where most trays sit.
+    static QPoint primaryCorner();
+    // Where "Open panel" from the menu opens the panel.
+    QPoint menuAnchor() const;
 
     GuiClipboard clipboard_;
     LinuxServices services_;
@@ -64,5 +70,5 @@ private:
     std::unique_ptr<DemoHotKeys> hotKeys_; // demo mode only
     // Where the tray icon was last clicked: the anchor when the tray does not tell its geometry.
     std::optional<QPoint> lastClick_;
-    QPoint panelAnchor_;
+    QRect panelIcon_; // the icon, or the click on it, that the open panel belongs to
 };

@@ -13,6 +13,8 @@
 #include "ui/status/LiveActivityWindow.h"
 #include "ui/status/StatusPalette.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -94,18 +96,39 @@ TEST(LiveActivityGeometry, HangsUnderTheIconPointingAtItAndStaysOnScreen) {
     EXPECT_DOUBLE_EQ(body(G::place(QRectF(700, 0, 37, 25), area, 1)).center().x(), 718.5);
 }
 
-TEST(LiveActivityGeometry, APanelAtTheBottomPutsTheCapsuleAboveTheIcon) {
-    const QRectF usable(0, 0, 1440, 870);
-    const QRectF icon(1400, 870, 37, 30);
-    const G::Placement placed = G::place(icon, usable, 2);
-    EXPECT_DOUBLE_EQ(body(placed).bottom(), icon.top());
-    EXPECT_DOUBLE_EQ(body(placed).left() + placed.beakX, icon.center().x());
+// The capsule touches the icon on the side away from the tray's edge, on screen; only a bottom
+// tray turns the beak down.
+TEST(LiveActivityGeometry, TheCapsuleSitsNextToTheIconOnWhicheverEdgeTheTrayIs) {
+    struct Case {
+        QRectF icon;
+        QRectF area;
+        QRectF body;
+        TrayEdge edge;
+    } const cases[] = {
+        {QRectF(1400, 870, 37, 30),
+         QRectF(0, 0, 1440, 870),
+         {1052, 870 - 130, 380, 130},
+         TrayEdge::bottom},
+        {QRectF(700, 880, 1, 1),
+         QRectF(0, 0, 1440, 900),
+         {510.5, 880 - 130, 380, 130},
+         TrayEdge::bottom}, // a click on a bar that reserves no room
+        {QRectF(0, 400, 30, 30), QRectF(30, 0, 1410, 900), {38, 400, 380, 130}, TrayEdge::left},
+        {QRectF(1410, 850, 30, 30),
+         QRectF(0, 0, 1410, 900),
+         {1022, 770, 380, 130},
+         TrayEdge::right},
+    };
+    for (const Case& c : cases) {
+        const G::Placement placed = G::place(c.icon, c.area, 2);
+        EXPECT_EQ(body(placed), c.body) << c.icon.x() << ", " << c.icon.y();
+        EXPECT_EQ(placed.edge, c.edge);
+    }
 }
 
-TEST(LiveActivityGeometry, WithoutAnIconTheCapsuleHangsFromTheTopCentre) {
+TEST(LiveActivityGeometry, WithoutAnIconTheCapsuleHangsInTheTopRightCorner) {
     const G::Placement placed = G::place(std::nullopt, area, 2);
-    EXPECT_DOUBLE_EQ(body(placed).center().x(), 720);
-    EXPECT_DOUBLE_EQ(body(placed).left() + placed.beakX, 720);
+    EXPECT_DOUBLE_EQ(body(placed).right(), area.right() - G::screenGap);
     EXPECT_GE(body(placed).top(), area.top());
     EXPECT_LT(body(placed).top(), area.top() + 10);
 }
@@ -121,6 +144,12 @@ TEST(BeakedCapsule, TheTipFollowsTheBeakButStaysClearOfTheCorners) {
     EXPECT_GT(leftmost, 22); // clear of the rounded corner
     shape.beakX = 400;
     EXPECT_DOUBLE_EQ(shape.tipX(rect), 100 + 330 - leftmost);
+    // Above a bottom tray the tip is at the bottom, under the same x.
+    shape.beakX = 150;
+    shape.pointsDown = true;
+    EXPECT_TRUE(shape.path(rect).contains(QPointF(250, 67.5)));
+    EXPECT_FALSE(shape.path(rect).contains(QPointF(160, 67.5))); // beside the beak
+    EXPECT_TRUE(shape.path(rect).contains(QPointF(160, 0.5)));   // a straight top edge
 }
 
 TEST(LiveActivityRowTexts, RunningTimesResultsAndProgress) {
@@ -272,7 +301,9 @@ TEST_F(LiveActivityTest, WithoutTheTrayIconItWaitsTenTimesOncePerProcess) {
     EXPECT_EQ(controller.launchRetries(), 10);
     clock.advance(500ms);
     EXPECT_TRUE(controller.isVisible());
-    EXPECT_EQ(controller.model().beakX(), 190);
+    // Nothing told where the tray is: the top right corner, where most trays sit.
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    EXPECT_NEAR(controller.window()->geometry().right() - G::margin, screen.right() - 8, 1);
 
     controller.update({}, true);
     EXPECT_FALSE(controller.isVisible());

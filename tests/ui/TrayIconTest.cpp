@@ -113,20 +113,21 @@ TEST_F(ToneIconTest, IconsAreDrawnOncePerToneAndCountUntilAColourChanges) {
     EXPECT_EQ(cache.drawCount(), 4);
 }
 
-TEST_F(UiFixture, TrayIconFollowsTheStateThePaletteAndTheDesktopTextColour) {
+// The neutral triangle follows the bar, not the application: a light application theme (black
+// text) must not draw it dark when nothing tells the bar's colour, since most bars are dark.
+TEST_F(UiFixture, TrayIconFollowsTheStateAndThePaletteButNotTheApplicationTheme) {
     StatusPalette palette(*prefs, "#FF0074");
+    const QPalette original = QApplication::palette();
+    QPalette lightTheme = original;
+    lightTheme.setColor(QPalette::WindowText, Qt::black);
+    QApplication::setPalette(lightTheme);
     TrayIcon tray(state, palette);
     const auto shownColour = [&] {
         return QColor(imageOf(tray.systemTrayIcon().icon()).pixel(countedOnBase));
     };
     EXPECT_EQ(tray.systemTrayIcon().toolTip(), "Not connected");
-    const QPalette original = QApplication::palette();
-    QPalette light = original;
-    light.setColor(QPalette::WindowText, QColor(0xEE, 0xEE, 0xEE));
-    QApplication::setPalette(light);
-    const QImage neutral = imageOf(tray.systemTrayIcon().icon());
+    EXPECT_GT(QColor(imageOf(tray.systemTrayIcon().icon()).pixel(onBase)).lightness(), 200);
     QApplication::setPalette(original);
-    EXPECT_EQ(QColor(neutral.pixel(onBase)), QColor(0xEE, 0xEE, 0xEE));
 
     state.start(true); // demo: connected, 11 deployments today
     state.demo()->runScene(2);

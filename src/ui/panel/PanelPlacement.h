@@ -5,16 +5,16 @@
 #include <QSize>
 #include <optional>
 
-// Where the drop-down panel opens: centred under the tray icon and kept inside the screen's
-// usable area with a margin. Screen coordinates, y pointing down.
+// Where the drop-down panel opens: next to the tray icon on the side away from the tray's
+// screen edge (under a top tray, above a bottom one, beside a side one), centred on the icon and
+// kept inside the screen's usable area with a margin. Screen coordinates, y pointing down.
 namespace PanelPlacement {
 
 inline constexpr int margin = 6;
 
-// `anchor` is the tray icon's bottom centre (or the click position); `area` the usable part of
-// the screen that holds it, when known. Below the anchor when the panel fits there, otherwise
-// above it (a tray at the bottom of the screen); the right margin wins when the panel is wider
-// than the area.
-QRect frame(const QPoint& anchor, const QSize& size, const std::optional<QRect>& area);
+// `icon` is the tray icon's rectangle (or the click on it, one pixel); `area` the usable part of
+// the screen that holds it, when known. The right and top margins win when the panel is
+// larger than the area.
+QRect frame(const QRect& icon, const QSize& size, const std::optional<QRect>& area);
 
 } // namespace PanelPlacement

@@ -1,5 +1,6 @@
 #include "ui/status/BeakedCapsule.h"
 
+#include <QTransform>
 #include <algorithm>
 
 double BeakedCapsule::halfBase() const {
@@ -20,6 +21,14 @@ void BeakedCapsule::addBeak(QPainterPath& path, double c, double top, double rec
 }
 
 QPainterPath BeakedCapsule::path(const QRectF& rect) const {
+    if (!pointsDown)
+        return upward(rect);
+    // y' = top + bottom - y: the rectangle onto itself, upside down.
+    const QTransform flip(1, 0, 0, -1, 0, rect.top() + rect.bottom());
+    return flip.map(upward(rect));
+}
+
+QPainterPath BeakedCapsule::upward(const QRectF& rect) const {
     const QRectF r = rect.adjusted(inset, inset, -inset, -inset);
     const double top = r.top() + beak;
     const double w = halfBase();

@@ -145,6 +145,9 @@ void LiveActivityController::show() {
     visible_ = true;
     const G::Placement placement = G::place(anchor, screenArea(anchor), rows);
     model_.setBeakX(placement.beakX);
+    const bool bottom = placement.edge == TrayEdge::bottom;
+    model_.setBeakDown(bottom);
+    window_->setBottomAnchored(bottom);
     const QRectF& f = placement.frame;
     window_->slideIn(QRect(qRound(f.x()), qRound(f.y()), qRound(f.width()), qRound(f.height())));
 }

@@ -14,8 +14,13 @@ double panelHeight(int rows) {
 
 namespace {
 
-Placement framed(const QRectF& content, double beakX) {
-    return {content.adjusted(-margin, -margin, margin, margin), beakX};
+Placement framed(const QRectF& content, double beakX, TrayEdge edge) {
+    return {content.adjusted(-margin, -margin, margin, margin), beakX, edge};
+}
+
+// `low` when it fits, never past `high`; `low` wins when both cannot hold.
+double clamp(double value, double low, double high) {
+    return std::max(low, std::min(value, high));
 }
 
 } // namespace
@@ -24,18 +29,27 @@ Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows)
     const double height = contentHeight(rows);
     const double half = contentWidth / 2;
     if (!item) {
-        const QRectF content(area.center().x() - half, area.top() + topGap, contentWidth, height);
-        return framed(content, half);
+        // Where most trays sit: the top right corner.
+        const QRectF content(area.right() - screenGap - contentWidth, area.top() + topGap,
+                             contentWidth, height);
+        return framed(content, contentWidth, TrayEdge::top);
+    }
+    const TrayEdge edge = trayEdge(*item, area);
+    if (!isHorizontal(edge)) {
+        // Beside a tray on a side of the screen, level with the icon, beak up at its row.
+        const double x = edge == TrayEdge::left
+                             ? std::max(item->right(), area.left()) + screenGap
+                             : std::min(item->left(), area.right()) - screenGap - contentWidth;
+        const double top = clamp(item->top(), area.top(), area.bottom() - height);
+        return framed(QRectF(x, top, contentWidth, height), half, edge);
     }
     const double anchor = item->center().x();
-    double x = std::max(area.left() + screenGap, anchor - half);
-    x = std::min(x, area.right() - contentWidth - screenGap);
-    // Touching the bottom of the icon; a panel at the bottom of the screen leaves no room
-    // below, so the capsule then rests on the top of the icon instead.
-    double top = std::max(item->bottom(), area.top());
-    if (top + height > area.bottom())
-        top = std::min(item->top(), area.bottom()) - height;
-    return framed(QRectF(x, top, contentWidth, height), anchor - x);
+    const double x = std::min(std::max(area.left() + screenGap, anchor - half),
+                              area.right() - contentWidth - screenGap);
+    // Touching the icon on the side away from the screen's edge, inside the usable area.
+    const double top = edge == TrayEdge::top ? std::max(item->bottom(), area.top())
+                                             : std::min(item->top(), area.bottom()) - height;
+    return framed(QRectF(x, top, contentWidth, height), anchor - x, edge);
 }
 
 } // namespace LiveActivityGeometry

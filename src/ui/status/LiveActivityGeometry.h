@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/status/TrayEdge.h"
+
 #include <QRectF>
 #include <optional>
 
@@ -24,13 +26,15 @@ double contentHeight(int rows);
 double panelHeight(int rows);
 
 struct Placement {
-    QRectF frame;     // the whole window, margin included
-    double beakX = 0; // the beak's tip, from the content's left edge
+    QRectF frame;                  // the whole window, margin included
+    double beakX = 0;              // the beak's tip, from the content's left edge
+    TrayEdge edge = TrayEdge::top; // a bottom tray has the beak point down
 };
 
-// Under the tray icon `item` (its rectangle on screen), centred on it as far as the screen's
-// usable `area` allows, with the beak pointing at the icon's centre; above the icon when the
-// panel is at the bottom of the screen. Without an item: centred at the top of the area.
+// Next to the tray icon `item` (its rectangle on screen) on the side away from the tray's edge:
+// under it for a top tray, above it for a bottom one, centred on it as far as the screen's usable
+// `area` allows, with the beak pointing at the icon's centre; beside it for a tray on a side.
+// Without an item: in the top right corner of the area.
 Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows);
 
 } // namespace LiveActivityGeometry

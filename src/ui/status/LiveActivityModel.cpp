@@ -12,3 +12,10 @@ void LiveActivityModel::setBeakX(double beakX) {
     beakX_ = beakX;
     Q_EMIT changed();
 }
+
+void LiveActivityModel::setBeakDown(bool down) {
+    if (beakDown_ == down)
+        return;
+    beakDown_ = down;
+    Q_EMIT changed();
+}

@@ -17,9 +17,12 @@ public:
     const QList<ProjectSnapshot>& rows() const { return rows_; }
     int overflow() const { return overflow_; }
     double beakX() const { return beakX_; }
+    // Whether the beak points down at a tray at the bottom of the screen.
+    bool beakDown() const { return beakDown_; }
 
     void setRows(QList<ProjectSnapshot> rows, int overflow);
     void setBeakX(double beakX);
+    void setBeakDown(bool down);
 
 Q_SIGNALS:
     void changed();
@@ -28,4 +31,5 @@ private:
     QList<ProjectSnapshot> rows_;
     int overflow_ = 0;
     double beakX_ = initialBeakX;
+    bool beakDown_ = false;
 };

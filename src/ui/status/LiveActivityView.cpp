@@ -72,16 +72,22 @@ double LiveActivityView::shapeBeakX() const {
     return model_.beakX() - (G::contentWidth - shapeWidth) / 2;
 }
 
+BeakedCapsule LiveActivityView::outline() const {
+    BeakedCapsule shape{shapeBeakX(), beak, radius};
+    shape.pointsDown = model_.beakDown();
+    return shape;
+}
+
 QPainterPath LiveActivityView::coverage() const {
     // The outermost copies of the shadow reach `spread` beyond the body on either side. The beak
     // is the body's own: a beak drawn on the wide outline would be clamped to other limits and,
     // near a screen edge, stand apart from the one painted.
     const QRectF shape = shapeRect();
     const double spread = MotionBlurMask::spread;
-    BeakedCapsule outline{0, beak, radius};
-    outline.showBeak = false;
-    QPainterPath covered = outline.path(shape.adjusted(-spread, 0, spread, 0));
-    BeakedCapsule tip{shapeBeakX(), beak, radius};
+    BeakedCapsule body = outline();
+    body.showBeak = false;
+    QPainterPath covered = body.path(shape.adjusted(-spread, 0, spread, 0));
+    BeakedCapsule tip = outline();
     tip.onlyBeak = true;
     return covered.united(tip.path(shape));
 }
@@ -112,7 +118,9 @@ void LiveActivityView::syncRows() {
 void LiveActivityView::placeRows() {
     const QRectF content = contentRect();
     for (int i = 0; i < rows_.size(); ++i) {
-        const double top = content.top() + G::spaceAbove + i * G::rowHeight;
+        // The space the beak takes is above the rows, or below them when it points down.
+        const double beakRoom = model_.beakDown() ? 0 : G::spaceAbove;
+        const double top = content.top() + beakRoom + i * G::rowHeight;
         rows_[i]->move(qRound(content.left()), qRound(top));
         // A row the window is still growing towards appears once it fits.
         rows_[i]->setVisible(top + G::rowHeight <= content.bottom() + 0.5);
@@ -144,10 +152,13 @@ void LiveActivityView::resizeEvent(QResizeEvent* event) {
 const QImage& LiveActivityView::shadow() {
     const QRectF content = contentRect();
     const double ratio = devicePixelRatioF();
-    const QString key =
-        QStringLiteral("%1/%2/%3").arg(shapeBeakX()).arg(content.height()).arg(ratio);
+    const QString key = QStringLiteral("%1/%2/%3/%4")
+                            .arg(shapeBeakX())
+                            .arg(content.height())
+                            .arg(ratio)
+                            .arg(model_.beakDown());
     if (key != shadowKey_) {
-        const MotionBlurMask mask{BeakedCapsule{shapeBeakX(), beak, radius}, content.height()};
+        const MotionBlurMask mask{outline(), content.height()};
         shadow_ = mask.render(
             QSizeF(G::contentWidth + 2 * MotionBlurMask::spread, content.height()), ratio);
         shadowKey_ = key;
@@ -172,7 +183,7 @@ void LiveActivityView::paintEvent(QPaintEvent*) {
         shadow());
     painter.setOpacity(bodyOpacity);
     const QRectF shape = shapeRect();
-    BeakedCapsule body{shapeBeakX(), beak, radius};
+    BeakedCapsule body = outline();
     painter.fillPath(body.path(shape), Qt::black);
     body.onlyBeak = true;
     painter.fillPath(body.path(shape), Qt::black);

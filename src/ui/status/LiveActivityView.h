@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/vercel/ProjectSnapshot.h"
+#include "ui/status/BeakedCapsule.h"
 
 #include <QImage>
 #include <QList>
@@ -14,7 +15,7 @@ class LiveActivityModel;
 class LiveActivityRow;
 class StatusPalette;
 
-// The Live Activity's content: a dark capsule with a beak pointing up at the tray icon, over a
+// The Live Activity's content: a dark capsule with a beak pointing at the tray icon, over a
 // motion-blurred shadow of itself, holding one row per shown project. It redraws on every change
 // of the model or the palette, and once a second while on screen so running times advance; a
 // hidden capsule runs no timer. Its frame is the whole window: 46 pixels of margin around a
@@ -67,6 +68,7 @@ private:
     QRectF contentRect() const;
     QRectF shapeRect() const;
     double shapeBeakX() const;
+    BeakedCapsule outline() const;
     const QImage& shadow();
 
     const LiveActivityModel& model_;

@@ -37,6 +37,11 @@ LiveActivityWindow::LiveActivityWindow(const LiveActivityModel& model, const Sta
             finished();
     });
     connect(view_, &LiveActivityView::rowTapped, this, &LiveActivityWindow::rowTapped);
+    // Above a bottom tray the window grows upwards: its bottom edge stays at the tray.
+    connect(&resize_, &QVariantAnimation::valueChanged, this, [this] {
+        if (bottomAnchored_)
+            move(x(), resizeBottom_ - height() + 1);
+    });
     // The beak may have moved.
     connect(&model, &LiveActivityModel::changed, this, &LiveActivityWindow::updateMask);
 }
@@ -49,7 +54,7 @@ void LiveActivityWindow::stopAnimations() {
 
 void LiveActivityWindow::slideIn(const QRect& target) {
     stopAnimations();
-    const QRect start = target.translated(0, -drop);
+    const QRect start = target.translated(0, bottomAnchored_ ? drop : -drop);
     setGeometry(start);
     setWindowOpacity(0);
     if (!isVisible())
@@ -73,6 +78,7 @@ void LiveActivityWindow::resizeKeepingTop(int height) {
     if (from == to)
         return;
     resize_.stop();
+    resizeBottom_ = geometry().bottom();
     resize_.setStartValue(size());
     resize_.setEndValue(to);
     resize_.setDuration(resizeMs);
@@ -83,7 +89,7 @@ void LiveActivityWindow::resizeKeepingTop(int height) {
 void LiveActivityWindow::slideOut(std::function<void()> finished) {
     stopAnimations();
     slidePosition_->setStartValue(pos());
-    slidePosition_->setEndValue(pos() - QPoint(0, drop));
+    slidePosition_->setEndValue(pos() + QPoint(0, bottomAnchored_ ? drop : -drop));
     slideOpacity_->setStartValue(windowOpacity());
     slideOpacity_->setEndValue(0.0);
     for (QPropertyAnimation* animation : {slidePosition_, slideOpacity_}) {

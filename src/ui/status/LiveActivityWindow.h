@@ -22,6 +22,10 @@ public:
 
     LiveActivityView* view() const { return view_; }
 
+    // Above a tray at the bottom of the screen the window moves the other way: it rises into
+    // place, grows upwards and sinks away, so its edge at the tray stays where it is.
+    void setBottomAnchored(bool anchored) { bottomAnchored_ = anchored; }
+
     // Appears at `target`, dropping 10 pixels from above while fading in (0.35 s, ease-out).
     void slideIn(const QRect& target);
     // Grows or shrinks downwards to `height`, its top edge staying put (0.25 s); also while it
@@ -47,4 +51,6 @@ private:
     QPropertyAnimation* slideOpacity_;
     QPropertyAnimation resize_; // of the size only, so a slide and a resize never fight
     std::function<void()> afterSlideOut_;
+    bool bottomAnchored_ = false;
+    int resizeBottom_ = 0; // the bottom edge a resize keeps when bottom-anchored
 };

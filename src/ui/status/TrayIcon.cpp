@@ -8,27 +8,50 @@
 
 #include <QApplication>
 #include <QCursor>
-#include <QPalette>
+#include <QTimer>
 #include <QWidget>
 
 TrayIcon::TrayIcon(AppState& state, StatusPalette& palette, QObject* parent)
     : QObject(parent), state_(state), palette_(palette) {
     connect(&state_, &AppState::changed, this, &TrayIcon::refresh);
     connect(&palette_, &StatusPalette::changed, this, &TrayIcon::refresh);
+    connect(&foreground_, &TrayForeground::changed, this, &TrayIcon::refresh);
     connect(&tray_, &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
                 if (reason == QSystemTrayIcon::Trigger)
                     Q_EMIT clicked(QCursor::pos());
             });
-    // The application object is told when the desktop's colours change.
-    qApp->installEventFilter(this);
+    connect(&sni_, &StatusNotifierItem::activated, this, &TrayIcon::clicked);
+    connect(&sni_, &StatusNotifierItem::contextMenuRequested, this, &TrayIcon::menuRequested);
     refresh();
+}
+
+void TrayIcon::show() {
+    if (StatusNotifierItem::hostRuns() && sni_.publish())
+        return;
+    tray_.show();
+    lookAtBarLater(barLooks);
+}
+
+// The tray embeds the icon a moment after it is shown; look at the bar once it has.
+void TrayIcon::lookAtBarLater(int attempts) {
+    QTimer::singleShot(barLookPause, this, [this, attempts] {
+        if (const std::optional<QRect> icon = geometry())
+            foreground_.followBarAround(*icon);
+        else if (attempts > 1)
+            lookAtBarLater(attempts - 1);
+    });
+}
+
+void TrayIcon::setContextMenu(QMenu& menu) {
+    tray_.setContextMenu(&menu);
+    sni_.setMenu(menu);
 }
 
 std::optional<QRect> TrayIcon::geometry() const {
     const QRect rect = tray_.geometry();
     if (rect.isEmpty())
-        return std::nullopt; // a StatusNotifierItem host tells nothing
+        return std::nullopt; // not shown, or on a StatusNotifierItem host
     // An XEmbed tray moves the icon's window itself: ask X where it went.
     for (const QWidget* widget : QApplication::topLevelWidgets()) {
         if (qstrcmp(widget->metaObject()->className(), "QSystemTrayIconSys") != 0)
@@ -42,24 +65,19 @@ std::optional<QRect> TrayIcon::geometry() const {
 void TrayIcon::refresh() {
     const Tone tone = state_.overallTone();
     const int count = state_.todayCount();
-    const QColor text = panelText();
+    const QColor text = foreground_.color();
     const QString key =
         palette_.signature() + text.name() + toneName(tone) + ToneIcon::countText(count);
     if (key != shownKey_) {
-        tray_.setIcon(cache_.icon(tone, count, palette_, text));
+        icon_ = cache_.icon(tone, count, palette_, text);
+        tray_.setIcon(icon_);
+        sni_.setIcon(icon_);
         shownKey_ = key;
     }
     const QString summary = state_.statusSummary();
-    if (tray_.toolTip() != summary)
+    if (toolTip_ != summary) {
+        toolTip_ = summary;
         tray_.setToolTip(summary);
-}
-
-bool TrayIcon::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange)
-        refresh();
-    return QObject::eventFilter(watched, event);
-}
-
-QColor TrayIcon::panelText() {
-    return QApplication::palette().color(QPalette::WindowText);
+        sni_.setToolTip(summary);
+    }
 }

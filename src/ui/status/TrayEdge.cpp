@@ -1,0 +1,40 @@
+#include "ui/status/TrayEdge.h"
+
+#include <algorithm>
+
+TrayEdge trayEdge(const QRectF& icon, const QRectF& area) {
+    const QPointF c = icon.center();
+    if (c.y() < area.top())
+        return TrayEdge::top;
+    if (c.y() > area.bottom())
+        return TrayEdge::bottom;
+    if (c.x() < area.left())
+        return TrayEdge::left;
+    if (c.x() > area.right())
+        return TrayEdge::right;
+    const double top = c.y() - area.top();
+    const double bottom = area.bottom() - c.y();
+    const double left = c.x() - area.left();
+    const double right = area.right() - c.x();
+    constexpr double sideBias = 4;
+    if (std::min(left, right) * sideBias < std::min(top, bottom))
+        return left <= right ? TrayEdge::left : TrayEdge::right;
+    return top <= bottom ? TrayEdge::top : TrayEdge::bottom;
+}
+
+QRectF barAroundClick(const QPointF& click, const QRectF& area) {
+    const QRectF point(click, QSizeF(0, 0));
+    if (!area.contains(click))
+        return point;
+    switch (trayEdge(point, area)) {
+    case TrayEdge::top:
+        return QRectF(click.x(), area.top(), 0, 2 * (click.y() - area.top()));
+    case TrayEdge::bottom:
+        return QRectF(click.x(), 2 * click.y() - area.bottom(), 0, 2 * (area.bottom() - click.y()));
+    case TrayEdge::left:
+        return QRectF(area.left(), click.y(), 2 * (click.x() - area.left()), 0);
+    case TrayEdge::right:
+        return QRectF(2 * click.x() - area.right(), click.y(), 2 * (area.right() - click.x()), 0);
+    }
+    return point;
+}

@@ -1,0 +1,87 @@
+#include "ui/status/X11TrayColors.h"
+
+#include <QByteArray>
+#include <QGuiApplication>
+#include <cstdlib>
+#include <memory>
+#include <xcb/xcb.h>
+
+namespace {
+
+template <typename T> using Reply = std::unique_ptr<T, decltype(&std::free)>;
+
+xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name) {
+    const auto cookie = xcb_intern_atom(connection, 1, uint16_t(name.size()), name.constData());
+    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr),
+                                               &std::free);
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+xcb_connection_t* x11Connection() {
+    auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    return x11 ? x11->connection() : nullptr;
+}
+
+// One pixel of the root window, as the screen shows it.
+std::optional<QRgb> rootPixel(xcb_connection_t* connection, xcb_window_t root, int x, int y) {
+    const auto cookie = xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, root, int16_t(x),
+                                      int16_t(y), 1, 1, ~0u);
+    const Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection, cookie, nullptr),
+                                             &std::free);
+    if (!reply || reply->depth != 24 || xcb_get_image_data_length(reply.get()) < 4)
+        return std::nullopt;
+    const uint8_t* bgrx = xcb_get_image_data(reply.get());
+    return qRgb(bgrx[2], bgrx[1], bgrx[0]);
+}
+
+} // namespace
+
+std::optional<QColor> x11ColorBeside(const QRect& rect) {
+    xcb_connection_t* connection = x11Connection();
+    if (!connection)
+        return std::nullopt;
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+    if (!screen)
+        return std::nullopt;
+    int red = 0, green = 0, blue = 0, count = 0;
+    const int y = rect.center().y();
+    for (const int x : {rect.left() - 2, rect.right() + 2}) {
+        if (x < 0 || x >= screen->width_in_pixels || y < 0 || y >= screen->height_in_pixels)
+            continue;
+        if (const std::optional<QRgb> pixel = rootPixel(connection, screen->root, x, y)) {
+            red += qRed(*pixel);
+            green += qGreen(*pixel);
+            blue += qBlue(*pixel);
+            ++count;
+        }
+    }
+    if (count == 0)
+        return std::nullopt;
+    return QColor(red / count, green / count, blue / count);
+}
+
+std::optional<QColor> x11TrayForeground() {
+    xcb_connection_t* connection = x11Connection();
+    if (!connection)
+        return std::nullopt;
+    const xcb_atom_t selection = atom(connection, "_NET_SYSTEM_TRAY_S0");
+    const xcb_atom_t colors = atom(connection, "_NET_SYSTEM_TRAY_COLORS");
+    if (selection == xcb_atom_t(XCB_ATOM_NONE) || colors == xcb_atom_t(XCB_ATOM_NONE))
+        return std::nullopt;
+    const Reply<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection),
+                                      nullptr),
+        &std::free);
+    if (!owner || owner->owner == XCB_WINDOW_NONE)
+        return std::nullopt;
+    // Twelve cardinals: red, green and blue of the foreground, error, warning and success
+    // colours, each 0 to 65535.
+    const auto cookie =
+        xcb_get_property(connection, 0, owner->owner, colors, XCB_ATOM_CARDINAL, 0, 12);
+    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, nullptr),
+                                                &std::free);
+    if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 12)
+        return std::nullopt;
+    const auto* rgb = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
+    return QColor::fromRgba64(quint16(rgb[0]), quint16(rgb[1]), quint16(rgb[2]));
+}
