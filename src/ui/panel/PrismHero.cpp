@@ -34,6 +34,25 @@ QColor withAlpha(QColor color, double alpha) {
     return color;
 }
 
+// The oval with room for its glow, in scene units.
+QRectF glowArea() {
+    return prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin);
+}
+
+// A transparent picture of the glow area at `scale` pixels per scene unit.
+QImage emptyCanvas(double scale) {
+    QImage image((glowArea().size() * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    return image;
+}
+
+// Lets `painter` draw on such a picture in scene units.
+void paintInScene(QPainter& painter, double scale) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    painter.translate(-glowArea().topLeft());
+}
+
 } // namespace
 
 PrismHero::PrismHero(QWidget* parent, HeroMotion::Random random)
@@ -179,8 +198,7 @@ void PrismHero::paintPrism(QPainter& painter, QPointF centre) {
     const double strength = layerOpacity(false);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setOpacity(strength);
-    painter.drawImage(prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin),
-                      bodyImage(painter.device()->devicePixelRatioF()));
+    painter.drawImage(glowArea(), bodyImage(painter.device()->devicePixelRatioF()));
 
     // The core leans with the slow idle motion and with sideways speed.
     const double lean =
@@ -202,13 +220,10 @@ const QImage& PrismHero::bodyImage(double pixelRatio) {
     // At the scale the scene is shown, so that each frame places it nearly one to one. The
     // layers are faded relative to the edge, which the frame fades as a whole.
     const double scale = sceneScale * pixelRatio;
-    const QRectF area = prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin);
-    body_ = QImage((area.size() * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
-    body_.fill(Qt::transparent);
+    const QRectF area = glowArea();
+    body_ = emptyCanvas(scale);
     QPainter painter(&body_);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(scale, scale);
-    painter.translate(-area.topLeft());
+    paintInScene(painter, scale);
     const QPainterPath oval = Vesica::path(prismBounds);
     painter.setOpacity(0.16);
     painter.fillPath(oval, fill(prismBounds));
@@ -224,14 +239,10 @@ const QImage& PrismHero::bodyImage(double pixelRatio) {
 }
 
 QImage PrismHero::glowImage(const QColor& color, double scale) {
-    const QRectF area = prismBounds.adjusted(-glowMargin, -glowMargin, glowMargin, glowMargin);
-    QImage strokes((area.size() * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
-    strokes.fill(Qt::transparent);
+    QImage strokes = emptyCanvas(scale);
     {
         QPainter painter(&strokes);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.scale(scale, scale);
-        painter.translate(-area.topLeft());
+        paintInScene(painter, scale);
         const QPainterPath oval = Vesica::path(prismBounds);
         for (const auto& [width, alpha] : {std::pair{14.0, 0.35}, std::pair{7.0, 0.6}}) {
             painter.setPen(QPen(withAlpha(color, alpha), width));
