@@ -113,7 +113,7 @@ TEST(LiveActivityGeometry, TheCapsuleSitsNextToTheIconOnWhicheverEdgeTheTrayIs) 
          QRectF(0, 0, 1440, 900),
          {510.5, 880 - 130, 380, 130},
          TrayEdge::bottom}, // a click on a bar that reserves no room
-        {QRectF(0, 400, 30, 30), QRectF(30, 0, 1410, 900), {38, 400, 380, 130}, TrayEdge::left},
+        {QRectF(0, 400, 30, 30), QRectF(30, 0, 1410, 900), {38, 350, 380, 130}, TrayEdge::left},
         {QRectF(1410, 850, 30, 30),
          QRectF(0, 0, 1410, 900),
          {1022, 770, 380, 130},
@@ -123,6 +123,9 @@ TEST(LiveActivityGeometry, TheCapsuleSitsNextToTheIconOnWhicheverEdgeTheTrayIs) 
         const G::Placement placed = G::place(c.icon, c.area, 2);
         EXPECT_EQ(body(placed), c.body) << c.icon.x() << ", " << c.icon.y();
         EXPECT_EQ(placed.edge, c.edge);
+        if (!isHorizontal(c.edge)) { // level with the icon, even where the capsule cannot be
+            EXPECT_DOUBLE_EQ(body(placed).top() + placed.beakX, c.icon.center().y());
+        }
     }
 }
 
@@ -146,10 +149,18 @@ TEST(BeakedCapsule, TheTipFollowsTheBeakButStaysClearOfTheCorners) {
     EXPECT_DOUBLE_EQ(shape.tipX(rect), 100 + 330 - leftmost);
     // Above a bottom tray the tip is at the bottom, under the same x.
     shape.beakX = 150;
-    shape.pointsDown = true;
+    shape.edge = TrayEdge::bottom;
     EXPECT_TRUE(shape.path(rect).contains(QPointF(250, 67.5)));
     EXPECT_FALSE(shape.path(rect).contains(QPointF(160, 67.5))); // beside the beak
     EXPECT_TRUE(shape.path(rect).contains(QPointF(160, 0.5)));   // a straight top edge
+    // Beside a tray on a side, the tip is on that side, `beakX` down from the top.
+    const QRectF tall(100, 0, 330, 200);
+    shape.edge = TrayEdge::left;
+    EXPECT_TRUE(shape.path(tall).contains(QPointF(100.5, 150)));
+    EXPECT_FALSE(shape.path(tall).contains(QPointF(100.5, 60)));
+    shape.edge = TrayEdge::right;
+    EXPECT_TRUE(shape.path(tall).contains(QPointF(429.5, 150)));
+    EXPECT_FALSE(shape.path(tall).contains(QPointF(429.5, 60)));
 }
 
 TEST(LiveActivityRowTexts, RunningTimesResultsAndProgress) {

@@ -133,12 +133,15 @@ ProjectSnapshot capsuleRow(const QString& name, const char* state, const char* m
     return {name, name, "acme", std::nullopt, d, 60.0};
 }
 
+// `beakX` along the edge facing the tray: from the left under a top tray, from the top beside a
+// tray on the left.
 void shootCapsule(Preferences& prefs, const QList<ProjectSnapshot>& rows, int overflow,
-                  const QString& name) {
+                  const QString& name, TrayEdge edge = TrayEdge::top, double beakX = 300) {
     StatusPalette palette(prefs, QStringLiteral("#FF0074"));
     LiveActivityModel model;
     model.setRows(rows, overflow);
-    model.setBeakX(300);
+    model.setBeakEdge(edge);
+    model.setBeakX(beakX);
     LiveActivityView view(model, palette);
     view.resize(LiveActivityView::sizeFor(int(rows.size())));
     view.show();
@@ -169,6 +172,7 @@ void shootCapsules() {
     shootCapsule(*prefs, all.mid(0, 1), 0, "capsule-1");
     shootCapsule(*prefs, all.mid(0, 3), 0, "capsule-3");
     shootCapsule(*prefs, all, 1, "capsule-6");
+    shootCapsule(*prefs, all.mid(0, 3), 0, "capsule-left", TrayEdge::left, 40);
 }
 
 int usage(FILE* out, int code) {

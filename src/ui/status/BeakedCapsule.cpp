@@ -21,11 +21,23 @@ void BeakedCapsule::addBeak(QPainterPath& path, double c, double top, double rec
 }
 
 QPainterPath BeakedCapsule::path(const QRectF& rect) const {
-    if (!pointsDown)
+    if (edge == TrayEdge::top)
         return upward(rect);
-    // y' = top + bottom - y: the rectangle onto itself, upside down.
-    const QTransform flip(1, 0, 0, -1, 0, rect.top() + rect.bottom());
-    return flip.map(upward(rect));
+    if (edge == TrayEdge::bottom) {
+        // y' = top + bottom - y: the rectangle onto itself, upside down.
+        const QTransform flip(1, 0, 0, -1, 0, rect.top() + rect.bottom());
+        return flip.map(upward(rect));
+    }
+    // A side beak is a top beak drawn in the rectangle turned a quarter: its top edge laid along
+    // the side, running upwards on the left and downwards on the right.
+    BeakedCapsule turned = *this;
+    turned.edge = TrayEdge::top;
+    const QRectF across(0, 0, rect.height(), rect.width());
+    if (edge == TrayEdge::left) {
+        turned.beakX = rect.height() - beakX;
+        return QTransform(0, -1, 1, 0, rect.left(), rect.bottom()).map(turned.upward(across));
+    }
+    return QTransform(0, 1, -1, 0, rect.right(), rect.top()).map(turned.upward(across));
 }
 
 QPainterPath BeakedCapsule::upward(const QRectF& rect) const {

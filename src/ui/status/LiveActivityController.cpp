@@ -146,7 +146,7 @@ void LiveActivityController::show() {
     const G::Placement placement = G::place(anchor, screenArea(anchor), rows);
     model_.setBeakX(placement.beakX);
     const bool bottom = placement.edge == TrayEdge::bottom;
-    model_.setBeakDown(bottom);
+    model_.setBeakEdge(placement.edge);
     window_->setBottomAnchored(bottom);
     const QRectF& f = placement.frame;
     window_->slideIn(QRect(qRound(f.x()), qRound(f.y()), qRound(f.width()), qRound(f.height())));

@@ -36,12 +36,14 @@ Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows)
     }
     const TrayEdge edge = trayEdge(*item, area);
     if (!isHorizontal(edge)) {
-        // Beside a tray on a side of the screen, level with the icon, beak up at its row.
+        // Beside a tray on a side of the screen, centred on the icon's row as far as the area
+        // allows, the beak on the side facing the tray, level with the icon.
         const double x = edge == TrayEdge::left
                              ? std::max(item->right(), area.left()) + screenGap
                              : std::min(item->left(), area.right()) - screenGap - contentWidth;
-        const double top = clamp(item->top(), area.top(), area.bottom() - height);
-        return framed(QRectF(x, top, contentWidth, height), half, edge);
+        const double level = item->center().y();
+        const double top = clamp(level - height / 2, area.top(), area.bottom() - height);
+        return framed(QRectF(x, top, contentWidth, height), level - top, edge);
     }
     const double anchor = item->center().x();
     const double x = std::min(std::max(area.left() + screenGap, anchor - half),

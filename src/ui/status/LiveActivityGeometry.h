@@ -26,8 +26,8 @@ double contentHeight(int rows);
 double panelHeight(int rows);
 
 struct Placement {
-    QRectF frame;                  // the whole window, margin included
-    double beakX = 0;              // the beak's tip, from the content's left edge
+    QRectF frame;     // the whole window, margin included
+    double beakX = 0; // the beak's tip, from the content's left edge (its top edge on a side)
     TrayEdge edge = TrayEdge::top; // a bottom tray has the beak point down
 };
 

@@ -13,9 +13,9 @@ void LiveActivityModel::setBeakX(double beakX) {
     Q_EMIT changed();
 }
 
-void LiveActivityModel::setBeakDown(bool down) {
-    if (beakDown_ == down)
+void LiveActivityModel::setBeakEdge(TrayEdge edge) {
+    if (beakEdge_ == edge)
         return;
-    beakDown_ = down;
+    beakEdge_ = edge;
     Q_EMIT changed();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/vercel/ProjectSnapshot.h"
+#include "ui/status/TrayEdge.h"
 
 #include <QList>
 #include <QObject>
@@ -17,12 +18,12 @@ public:
     const QList<ProjectSnapshot>& rows() const { return rows_; }
     int overflow() const { return overflow_; }
     double beakX() const { return beakX_; }
-    // Whether the beak points down at a tray at the bottom of the screen.
-    bool beakDown() const { return beakDown_; }
+    // The edge of the capsule that faces the tray and carries the beak; `beakX` runs along it.
+    TrayEdge beakEdge() const { return beakEdge_; }
 
     void setRows(QList<ProjectSnapshot> rows, int overflow);
     void setBeakX(double beakX);
-    void setBeakDown(bool down);
+    void setBeakEdge(TrayEdge edge);
 
 Q_SIGNALS:
     void changed();
@@ -31,5 +32,5 @@ private:
     QList<ProjectSnapshot> rows_;
     int overflow_ = 0;
     double beakX_ = initialBeakX;
-    bool beakDown_ = false;
+    TrayEdge beakEdge_ = TrayEdge::top;
 };

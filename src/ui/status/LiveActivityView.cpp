@@ -69,12 +69,16 @@ QRectF LiveActivityView::shapeRect() const {
 }
 
 double LiveActivityView::shapeBeakX() const {
+    // Along a side the shape spans the content's height; along the top or bottom it is
+    // narrower than the content and centred in it.
+    if (!isHorizontal(model_.beakEdge()))
+        return model_.beakX();
     return model_.beakX() - (G::contentWidth - shapeWidth) / 2;
 }
 
 BeakedCapsule LiveActivityView::outline() const {
     BeakedCapsule shape{shapeBeakX(), beak, radius};
-    shape.pointsDown = model_.beakDown();
+    shape.edge = model_.beakEdge();
     return shape;
 }
 
@@ -118,8 +122,12 @@ void LiveActivityView::syncRows() {
 void LiveActivityView::placeRows() {
     const QRectF content = contentRect();
     for (int i = 0; i < rows_.size(); ++i) {
-        // The space the beak takes is above the rows, or below them when it points down.
-        const double beakRoom = model_.beakDown() ? 0 : G::spaceAbove;
+        // The space the beak takes is above the rows, or below them when it points down; a
+        // beak on a side takes none of the height, which is then shared above and below.
+        const TrayEdge edge = model_.beakEdge();
+        const double beakRoom = edge == TrayEdge::bottom ? 0
+                                : edge == TrayEdge::top  ? G::spaceAbove
+                                                         : G::spaceAbove / 2;
         const double top = content.top() + beakRoom + i * G::rowHeight;
         rows_[i]->move(qRound(content.left()), qRound(top));
         // A row the window is still growing towards appears once it fits.
@@ -156,7 +164,7 @@ const QImage& LiveActivityView::shadow() {
                             .arg(shapeBeakX())
                             .arg(content.height())
                             .arg(ratio)
-                            .arg(model_.beakDown());
+                            .arg(int(model_.beakEdge()));
     if (key != shadowKey_) {
         const MotionBlurMask mask{outline(), content.height()};
         shadow_ = mask.render(
