@@ -1,11 +1,14 @@
 #include "ui/status/TrayForeground.h"
 
+#include "ui/status/TrayEdge.h"
 #include "ui/status/X11TrayColors.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QGuiApplication>
 #include <QRect>
+#include <QScreen>
 
 namespace {
 
@@ -69,7 +72,11 @@ void TrayForeground::set(const QColor& color) {
 void TrayForeground::followBarAround(const QRect& icon) {
     if (x11TrayForeground())
         return;
-    const std::optional<QColor> bar = x11ColorBeside(icon);
+    // Along the bar: beside the icon on a top or bottom bar, above and below it on a side one.
+    const QScreen* screen = QGuiApplication::screenAt(icon.center());
+    const bool alongRow =
+        !screen || isHorizontal(trayEdge(icon, QRectF(screen->availableGeometry())));
+    const std::optional<QColor> bar = x11ColorBeside(icon, alongRow);
     if (!bar)
         return;
     barSeen_ = true;

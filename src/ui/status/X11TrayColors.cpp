@@ -36,7 +36,7 @@ std::optional<QRgb> rootPixel(xcb_connection_t* connection, xcb_window_t root, i
 
 } // namespace
 
-std::optional<QColor> x11ColorBeside(const QRect& rect) {
+std::optional<QColor> x11ColorBeside(const QRect& rect, bool alongRow) {
     xcb_connection_t* connection = x11Connection();
     if (!connection)
         return std::nullopt;
@@ -44,8 +44,13 @@ std::optional<QColor> x11ColorBeside(const QRect& rect) {
     if (!screen)
         return std::nullopt;
     int red = 0, green = 0, blue = 0, count = 0;
-    const int y = rect.center().y();
-    for (const int x : {rect.left() - 2, rect.right() + 2}) {
+    const QPoint centre = rect.center();
+    const QPoint before =
+        alongRow ? QPoint(rect.left() - 2, centre.y()) : QPoint(centre.x(), rect.top() - 2);
+    const QPoint after =
+        alongRow ? QPoint(rect.right() + 2, centre.y()) : QPoint(centre.x(), rect.bottom() + 2);
+    for (const QPoint& point : {before, after}) {
+        const int x = point.x(), y = point.y();
         if (x < 0 || x >= screen->width_in_pixels || y < 0 || y >= screen->height_in_pixels)
             continue;
         if (const std::optional<QRgb> pixel = rootPixel(connection, screen->root, x, y)) {

@@ -9,6 +9,6 @@
 // or off X11.
 std::optional<QColor> x11TrayForeground();
 
-// The colour on screen just left and right of `rect`, averaged: the bar an icon sits on. Absent
-// off X11 or when the screen cannot be read.
-std::optional<QColor> x11ColorBeside(const QRect& rect);
+// The colour on screen just left and right of `rect` (`alongRow`), or just above and below it,
+// averaged: the bar an icon sits on. Absent off X11 or when the screen cannot be read.
+std::optional<QColor> x11ColorBeside(const QRect& rect, bool alongRow);
