@@ -83,10 +83,10 @@ TEST_F(KeychainStoreTest, TheSyncedCopyWinsUnlessItIsDamagedOrUnreadable) {
 
 TEST(KeychainError, WithoutThePlatformsTextTheStatusIsToldInTheUsersLanguage) {
     TempPreferences preferences; // no `appLanguage`: the system's language decides
-    EXPECT_EQ(KeychainError{-5, QString()}.errorDescription(),
+    EXPECT_EQ((KeychainError{-5, QString()}).errorDescription(),
               "Keyring error: Secret Service error -5");
     FrenchDesktop french;
-    EXPECT_EQ(KeychainError{-34018, std::nullopt}.errorDescription(),
+    EXPECT_EQ((KeychainError{-34018, std::nullopt}).errorDescription(),
               "Erreur du trousseau : Erreur Secret Service -34018");
 }
 
