@@ -16,7 +16,13 @@ protected:
     FakeVercelAccount account{server};
     std::unique_ptr<AppState> state;
 
-    void TearDown() override { state.reset(); }
+    // A pass a test's last step started (a connect, a change of the monitored projects) ends
+    // first, so that nothing of it is left waiting when the process exits.
+    void TearDown() override {
+        if (state)
+            waitUntil([this] { return !state->isRefreshing(); });
+        state.reset();
+    }
 
     AppState& makeState() { return makeState(services(server.baseUrl())); }
     AppState& makeState(const AppState::Services& wired) {
