@@ -1,33 +1,15 @@
 #include "ui/status/X11TrayColors.h"
 
-#include <QByteArray>
-#include <QGuiApplication>
-#include <cstdlib>
-#include <memory>
-#include <xcb/xcb.h>
+#include "ui/status/X11Connection.h"
 
 namespace {
-
-template <typename T> using Reply = std::unique_ptr<T, decltype(&std::free)>;
-
-xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name) {
-    const auto cookie = xcb_intern_atom(connection, 1, uint16_t(name.size()), name.constData());
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr),
-                                               &std::free);
-    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-}
-
-xcb_connection_t* x11Connection() {
-    auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
-}
 
 // One pixel of the root window, as the screen shows it.
 std::optional<QRgb> rootPixel(xcb_connection_t* connection, xcb_window_t root, int x, int y) {
     const auto cookie = xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, root, int16_t(x),
                                       int16_t(y), 1, 1, ~0u);
-    const Reply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection, cookie, nullptr),
-                                             &std::free);
+    const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection, cookie, nullptr),
+                                                &std::free);
     if (!reply || reply->depth != 24 || xcb_get_image_data_length(reply.get()) < 4)
         return std::nullopt;
     const uint8_t* bgrx = xcb_get_image_data(reply.get());
@@ -69,11 +51,11 @@ std::optional<QColor> x11TrayForeground() {
     xcb_connection_t* connection = x11Connection();
     if (!connection)
         return std::nullopt;
-    const xcb_atom_t selection = atom(connection, "_NET_SYSTEM_TRAY_S0");
-    const xcb_atom_t colors = atom(connection, "_NET_SYSTEM_TRAY_COLORS");
+    const xcb_atom_t selection = x11Atom(connection, "_NET_SYSTEM_TRAY_S0", false);
+    const xcb_atom_t colors = x11Atom(connection, "_NET_SYSTEM_TRAY_COLORS", false);
     if (selection == xcb_atom_t(XCB_ATOM_NONE) || colors == xcb_atom_t(XCB_ATOM_NONE))
         return std::nullopt;
-    const Reply<xcb_get_selection_owner_reply_t> owner(
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection),
                                       nullptr),
         &std::free);
@@ -83,8 +65,8 @@ std::optional<QColor> x11TrayForeground() {
     // colours, each 0 to 65535.
     const auto cookie =
         xcb_get_property(connection, 0, owner->owner, colors, XCB_ATOM_CARDINAL, 0, 12);
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, nullptr),
-                                                &std::free);
+    const XcbReply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(connection, cookie, nullptr), &std::free);
     if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 12)
         return std::nullopt;
     const auto* rgb = static_cast<const uint32_t*>(xcb_get_property_value(reply.get()));
