@@ -9,6 +9,7 @@
 #include "ui/panel/PanelView.h"
 #include "ui/settings/SettingsWindow.h"
 #include "ui/status/TrayEdge.h"
+#include "ui/status/UsableArea.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -134,12 +135,8 @@ QPoint QuillonApp::menuAnchor() const {
 }
 
 QRectF QuillonApp::clickedBar(const QPoint& click) {
-    QScreen* screen = QGuiApplication::screenAt(click);
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    if (!screen)
-        return QRectF(click, QSizeF(0, 0));
-    return barAroundClick(click, screen->availableGeometry());
+    const std::optional<QRect> area = usableAreaAt(click);
+    return area ? barAroundClick(click, *area) : QRectF(click, QSizeF(0, 0));
 }
 
 void QuillonApp::openPanel(const QPoint& position) {
@@ -165,11 +162,6 @@ void QuillonApp::placePanel() {
         return;
     const QSize size(PanelView::panelWidth, panel_->fittingHeight());
     panel_->resize(size);
-    QScreen* screen = QGuiApplication::screenAt(panelIcon_.center());
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    std::optional<QRect> area;
-    if (screen)
-        area = screen->availableGeometry();
-    panel_->move(PanelPlacement::frame(panelIcon_, size, area).topLeft());
+    panel_->move(
+        PanelPlacement::frame(panelIcon_, size, usableAreaAt(panelIcon_.center())).topLeft());
 }

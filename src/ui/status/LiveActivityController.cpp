@@ -3,9 +3,8 @@
 #include "core/monitor/AppState.h"
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityWindow.h"
+#include "ui/status/UsableArea.h"
 
-#include <QGuiApplication>
-#include <QScreen>
 #include <algorithm>
 
 namespace G = LiveActivityGeometry;
@@ -195,10 +194,9 @@ void LiveActivityController::hide() {
 }
 
 QRectF LiveActivityController::screenArea(const std::optional<QRectF>& anchor) const {
-    QScreen* screen = anchor ? QGuiApplication::screenAt(anchor->center().toPoint()) : nullptr;
-    if (!screen)
-        screen = QGuiApplication::primaryScreen();
-    return screen ? QRectF(screen->availableGeometry()) : QRectF();
+    const std::optional<QPoint> point =
+        anchor ? std::optional(anchor->center().toPoint()) : std::nullopt;
+    return QRectF(usableAreaAt(point).value_or(QRect()));
 }
 
 void LiveActivityController::beginPreview(const ProjectSnapshot& snapshot) {

@@ -1,14 +1,13 @@
 #include "ui/status/TrayForeground.h"
 
 #include "ui/status/TrayEdge.h"
+#include "ui/status/UsableArea.h"
 #include "ui/status/X11TrayColors.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QGuiApplication>
 #include <QRect>
-#include <QScreen>
 
 namespace {
 
@@ -73,9 +72,8 @@ void TrayForeground::followBarAround(const QRect& icon) {
     if (x11TrayForeground())
         return;
     // Along the bar: beside the icon on a top or bottom bar, above and below it on a side one.
-    const QScreen* screen = QGuiApplication::screenAt(icon.center());
-    const bool alongRow =
-        !screen || isHorizontal(trayEdge(icon, QRectF(screen->availableGeometry())));
+    const std::optional<QRect> area = usableAreaAt(icon.center());
+    const bool alongRow = !area || isHorizontal(trayEdge(icon, QRectF(*area)));
     const std::optional<QColor> bar = x11ColorBeside(icon, alongRow);
     if (!bar)
         return;
