@@ -117,13 +117,24 @@ std::optional<QRectF> QuillonApp::trayAnchor() const {
     // A StatusNotifierItem host tells nothing before the first click: the top right corner,
     // where most trays sit, rather than a wait for a geometry that never comes.
     if (tray_.servesStatusNotifier())
-        return QRectF(primaryCorner(), QSizeF(0, 0));
+        return clickedBar(primaryCorner());
     return std::nullopt;
 }
 
 QPoint QuillonApp::primaryCorner() {
     const QScreen* screen = QGuiApplication::primaryScreen();
-    return screen ? screen->availableGeometry().topRight() : QPoint();
+    if (!screen)
+        return {};
+    // Where nothing is reserved for a bar (a Wayland bar seen through XWayland), one of the usual
+    // thickness is taken to be there, so that nothing placed from the corner covers it.
+    constexpr double usualBarDepth = 16;
+    const QRect available = screen->availableGeometry();
+    const double depth = available == screen->geometry() ? usualBarDepth : 0;
+    return topRightClick(available, depth).toPoint();
+}
+
+bool QuillonApp::hasTray() const {
+    return tray_.servesStatusNotifier() || QSystemTrayIcon::isSystemTrayAvailable();
 }
 
 // Some hosts open the exported menu on a left click too (waybar) and report no position; on

@@ -36,6 +36,8 @@ public:
 
     // The engine's picture as one line of JSON, as `quillon-cli watch --json` prints it.
     QString statusJson() const;
+    // Whether a tray shows the icon: an XEmbed tray, or a host that took Quillon's own item.
+    bool hasTray() const;
 
 public Q_SLOTS:
     // Opens the Settings window on the Vercel tab and brings it to the front.
@@ -50,7 +52,7 @@ private:
     std::optional<QRectF> trayAnchor() const;
     // The stretch of tray bar a click on a StatusNotifierItem stands for.
     static QRectF clickedBar(const QPoint& click);
-    // The top right corner of the primary screen's usable area, where most trays sit.
+    // A click on a tray in the top right corner of the primary screen, where most trays sit.
     static QPoint primaryCorner();
     // Where "Open panel" from the menu opens the panel.
     QPoint menuAnchor() const;

@@ -7,9 +7,9 @@
 #include "core/common/Language.h"
 #include "core/vercel/VercelAPI.h"
 #include "platform/SingleInstance.h"
+#include "ui/status/WaylandSession.h"
 
 #include <QApplication>
-#include <QSystemTrayIcon>
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
@@ -25,8 +25,7 @@ void printTo(FILE* stream, const QString& text) {
 void preferX11OnWayland() {
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsEmpty("DISPLAY"))
         return;
-    if (qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
-        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+    if (inWaylandSession())
         qputenv("QT_QPA_PLATFORM", "xcb");
 }
 
@@ -37,7 +36,7 @@ void preferX11OnWayland() {
 void watchForMissingTray(QuillonApp& quillon) {
     constexpr std::chrono::seconds grace(3);
     QTimer::singleShot(grace, &quillon, [&quillon] {
-        if (QSystemTrayIcon::isSystemTrayAvailable())
+        if (quillon.hasTray())
             return;
         printTo(stderr, QStringLiteral("quillon: %1\n")
                             .arg(Language::text(

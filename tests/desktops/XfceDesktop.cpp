@@ -8,6 +8,7 @@
 #include <QDBusInterface>
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 #include <cstdlib>
 #include <memory>
 #include <xcb/xcb.h>
@@ -49,7 +50,7 @@ XfceDesktop::~XfceDesktop() {
     stopProcess(xfconfd_);
 }
 
-std::optional<QString> XfceDesktop::start(Edge edge, bool workArea) {
+std::optional<QString> XfceDesktop::start(Edge edge, bool workArea, bool appFirst) {
     for (auto part : {&PrivateDesktop::startDisplay, &PrivateDesktop::startBus}) {
         if (std::optional<QString> failure = (desktop_.*part)())
             return failure;
@@ -72,6 +73,10 @@ std::optional<QString> XfceDesktop::start(Edge edge, bool workArea) {
             },
             startTimeoutMs))
         return QStringLiteral("xfconfd did not start");
+    if (appFirst) {
+        if (std::optional<QString> failure = startApp())
+            return failure;
+    }
     panel_.setProcessEnvironment(env);
     panel_.setProcessChannelMode(QProcess::MergedChannels);
     std::optional<XWindow> panel;
@@ -122,6 +127,20 @@ std::optional<QString> XfceDesktop::startApp() {
     if (!app_.waitForStarted(kXToolTimeoutMs))
         return QStringLiteral("quillon did not start: ") + app_.errorString();
     return std::nullopt;
+}
+
+bool XfceDesktop::callAsWaybar(const QString& item, const QString& method, int x, int y) const {
+    QTemporaryDir dir;
+    const QString waybar = dir.filePath(QStringLiteral("waybar"));
+    if (!QFile::link(QStringLiteral("/usr/bin/dbus-send"), waybar))
+        return false;
+    QProcess call;
+    call.setProcessEnvironment(environment());
+    call.start(waybar, {QStringLiteral("--session"), QStringLiteral("--dest=") + item,
+                        QStringLiteral("--print-reply"), QStringLiteral("/StatusNotifierItem"),
+                        QStringLiteral("org.kde.StatusNotifierItem.") + method,
+                        QStringLiteral("int32:%1").arg(x), QStringLiteral("int32:%1").arg(y)});
+    return call.waitForFinished(kXToolTimeoutMs) && call.exitCode() == 0;
 }
 
 bool XfceDesktop::quitApp() {

@@ -21,8 +21,9 @@ public:
     ~XfceDesktop();
 
     // Answers what went wrong, if anything did. With `workArea`, the part of the screen the bar
-    // leaves free is published, as a window manager would.
-    std::optional<QString> start(Edge edge, bool workArea);
+    // leaves free is published, as a window manager would. With `appFirst`, the app starts
+    // before the panel, as it may when both start with the session.
+    std::optional<QString> start(Edge edge, bool workArea, bool appFirst);
     std::optional<QString> startApp();
     // Asks the app to quit as a logout would; whether it ended cleanly (under the sanitizers,
     // without a report).
@@ -33,6 +34,8 @@ public:
     // The D-Bus service of the item the panel's host took in, once there is one.
     std::optional<QString> registeredItem() const;
     QDBusConnection bus() const { return desktop_.connection(); }
+    // Calls `method` (x, y) on the item from a program named waybar, as that bar does.
+    bool callAsWaybar(const QString& item, const QString& method, int x, int y) const;
     QImage screenshot() const;
     bool xdotool(const QStringList& arguments) const { return desktop_.xdotool(arguments); }
     QProcessEnvironment environment() const { return desktop_.environment(); }

@@ -1,4 +1,5 @@
 #include "support/ManualClock.h"
+#include "support/ScopedEnvironment.h"
 #include "support/QtPrinters.h"
 #include "support/TempPreferences.h"
 #include "support/WaitUntil.h"
@@ -176,6 +177,27 @@ TEST(LiveActivityRowTexts, RunningTimesResultsAndProgress) {
     EXPECT_EQ(T::subtitle(live, false), "Live in 1 min 23 s");
     EXPECT_EQ(T::trailing(live, start, true), "En ligne");
     EXPECT_FALSE(T::showsProgressLine(live));
+}
+
+// A compositor that takes no notice of the window's shape (wlroots through XWayland) gives the
+// whole window the clicks: there the window leaves the tray free, the capsule staying put.
+TEST_F(LiveActivityTest, OnAWaylandSessionTheWindowLeavesTheTrayFree) {
+    const auto settled = [&](LiveActivityController& shown) {
+        shown.setAnchorSource([] { return QRectF(700, 0, 37, 25); });
+        shown.update({deployed("web", "BUILDING", 120, msAgo(start, 30))}, true);
+        waitUntil([] { return false; }, 450); // the slide has ended
+        const LiveActivityWindow& window = *shown.window();
+        return std::pair(window.geometry(), window.view()->mapToGlobal(QPoint(0, 0)));
+    };
+    ScopedEnvironment x11("WAYLAND_DISPLAY", std::nullopt);
+    const auto [onX11, capsuleOnX11] = settled(controller);
+    ScopedEnvironment wayland("WAYLAND_DISPLAY", "wayland-1");
+    LiveActivityController onWaylandController{palette, clock};
+    const auto [onWayland, capsuleOnWayland] = settled(onWaylandController);
+    EXPECT_LT(onX11.top(), 25);
+    EXPECT_EQ(onWayland.top(), 25);
+    EXPECT_EQ(onWayland.bottom(), onX11.bottom());
+    EXPECT_EQ(capsuleOnWayland, capsuleOnX11);
 }
 
 TEST_F(LiveActivityTest, SixBuildsShowFiveRowsAndTheFirstCountsTheOneLeftOut) {

@@ -4,6 +4,7 @@
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityWindow.h"
 #include "ui/status/UsableArea.h"
+#include "ui/status/WaylandSession.h"
 
 #include <algorithm>
 
@@ -147,6 +148,9 @@ void LiveActivityController::show() {
     const bool bottom = placement.edge == TrayEdge::bottom;
     model_.setBeakEdge(placement.edge);
     window_->setBottomAnchored(bottom);
+    window_->setCut(anchor && inWaylandSession()
+                        ? G::overTray(placement.frame, *anchor, placement.edge)
+                        : QMargins());
     const QRectF& f = placement.frame;
     window_->slideIn(QRect(qRound(f.x()), qRound(f.y()), qRound(f.width()), qRound(f.height())));
 }

@@ -1,5 +1,6 @@
 #include "ui/status/LiveActivityGeometry.h"
 
+#include <QtMath>
 #include <algorithm>
 
 namespace LiveActivityGeometry {
@@ -52,6 +53,21 @@ Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows)
     const double top = edge == TrayEdge::top ? std::max(item->bottom(), area.top())
                                              : std::min(item->top(), area.bottom()) - height;
     return framed(QRectF(x, top, contentWidth, height), anchor - x, edge);
+}
+
+QMargins overTray(const QRectF& frame, const QRectF& item, TrayEdge edge) {
+    const auto depth = [](double overlap) { return std::max(0, qCeil(overlap)); };
+    switch (edge) {
+    case TrayEdge::top:
+        return {0, depth(item.bottom() - frame.top()), 0, 0};
+    case TrayEdge::bottom:
+        return {0, 0, 0, depth(frame.bottom() - item.top())};
+    case TrayEdge::left:
+        return {depth(item.right() - frame.left()), 0, 0, 0};
+    case TrayEdge::right:
+        return {0, 0, depth(frame.right() - item.left()), 0};
+    }
+    return {};
 }
 
 } // namespace LiveActivityGeometry

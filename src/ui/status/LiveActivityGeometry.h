@@ -2,6 +2,7 @@
 
 #include "ui/status/TrayEdge.h"
 
+#include <QMargins>
 #include <QRectF>
 #include <optional>
 
@@ -36,5 +37,8 @@ struct Placement {
 // `area` allows, with the beak pointing at the icon's centre; beside it for a tray on a side.
 // Without an item: in the top right corner of the area.
 Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows);
+
+// The part of the window `frame`, on the tray's side, that lies over the tray `item`.
+QMargins overTray(const QRectF& frame, const QRectF& item, TrayEdge edge);
 
 } // namespace LiveActivityGeometry

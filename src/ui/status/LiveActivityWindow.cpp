@@ -3,6 +3,7 @@
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityView.h"
+#include "ui/status/WaylandSession.h"
 #include "ui/status/X11Sticky.h"
 
 #include <QPainterPath>
@@ -16,12 +17,19 @@ constexpr int slideOutMs = 300;
 constexpr int resizeMs = 250;
 constexpr int drop = 10;
 
+// A Wayland compositor places the windows it gets through XWayland where it likes (sway centres
+// them); one that bypasses the window manager stays where it is put, as the panel does.
+Qt::WindowFlags capsuleFlags() {
+    const Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                                  Qt::WindowDoesNotAcceptFocus;
+    return inWaylandSession() ? flags | Qt::X11BypassWindowManagerHint : flags;
+}
+
 } // namespace
 
 LiveActivityWindow::LiveActivityWindow(const LiveActivityModel& model, const StatusPalette& palette,
                                        const Clock* clock)
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                           Qt::WindowDoesNotAcceptFocus),
+    : QWidget(nullptr, capsuleFlags()),
       view_(new LiveActivityView(model, palette, {}, clock, this)),
       slidePosition_(new QPropertyAnimation(this, "pos", &slide_)),
       slideOpacity_(new QPropertyAnimation(this, "windowOpacity", &slide_)), resize_(this, "size") {
@@ -52,8 +60,9 @@ void LiveActivityWindow::stopAnimations() {
     resize_.stop();
 }
 
-void LiveActivityWindow::slideIn(const QRect& target) {
+void LiveActivityWindow::slideIn(const QRect& whole) {
     stopAnimations();
+    const QRect target = whole.marginsRemoved(cut_);
     const QRect start = target.translated(0, bottomAnchored_ ? drop : -drop);
     setGeometry(start);
     setWindowOpacity(0);
@@ -72,7 +81,7 @@ void LiveActivityWindow::slideIn(const QRect& target) {
 }
 
 void LiveActivityWindow::resizeKeepingTop(int height) {
-    const QSize to(width(), height);
+    const QSize to(width(), height - cut_.top() - cut_.bottom());
     const QSize from =
         resize_.state() == QAbstractAnimation::Running ? resize_.endValue().toSize() : size();
     if (from == to)
@@ -103,11 +112,11 @@ void LiveActivityWindow::slideOut(std::function<void()> finished) {
 // Only the capsule takes clicks, so the margin kept for its shadow never covers the tray icon
 // it hangs from; without a compositor the margin is not painted black either.
 void LiveActivityWindow::updateMask() {
-    setMask(QRegion(view_->coverage().toFillPolygon().toPolygon()));
+    setMask(QRegion(view_->coverage().toFillPolygon().toPolygon()).translated(view_->pos()));
 }
 
 void LiveActivityWindow::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    view_->setGeometry(rect());
+    view_->setGeometry(rect().marginsAdded(cut_));
     updateMask();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMargins>
 #include <QParallelAnimationGroup>
 #include <QPropertyAnimation>
 #include <QWidget>
@@ -25,6 +26,10 @@ public:
     // Above a tray at the bottom of the screen the window moves the other way: it rises into
     // place, grows upwards and sinks away, so its edge at the tray stays where it is.
     void setBottomAnchored(bool anchored) { bottomAnchored_ = anchored; }
+    // Leaves out this much of the window's edges, margin only. Where the compositor takes no
+    // notice of the window's shape (wlroots through XWayland) the transparent margin over the
+    // tray would take the clicks meant for its icons. Set before slideIn().
+    void setCut(const QMargins& cut) { cut_ = cut; }
 
     // Appears at `target`, dropping 10 pixels from above while fading in (0.35 s, ease-out).
     void slideIn(const QRect& target);
@@ -52,5 +57,6 @@ private:
     QPropertyAnimation resize_; // of the size only, so a slide and a resize never fight
     std::function<void()> afterSlideOut_;
     bool bottomAnchored_ = false;
+    QMargins cut_;
     int resizeBottom_ = 0; // the bottom edge a resize keeps when bottom-anchored
 };

@@ -1,6 +1,8 @@
 #include "ui/status/StatusNotifierItem.h"
 
 #include "ui/status/DBusMenuExporter.h"
+#include "ui/status/SniClickPosition.h"
+#include "ui/status/TrayEdge.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -9,6 +11,8 @@
 #include <QDBusMetaType>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QtEndian>
 
 namespace {
@@ -112,6 +116,23 @@ bool StatusNotifierItem::publish() {
     return registerWithWatcher();
 }
 
+void StatusNotifierItem::awaitHost(std::function<void()> onHost) {
+    onHost_ = std::move(onHost);
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    auto* watcher = new QDBusServiceWatcher(watcherService, bus,
+                                            QDBusServiceWatcher::WatchForRegistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this,
+            &StatusNotifierItem::checkForHost);
+    // The host may register with the watcher a moment after the watcher itself appears.
+    bus.connect(watcherService, watcherPath, watcherService,
+                QStringLiteral("StatusNotifierHostRegistered"), this, SLOT(checkForHost()));
+}
+
+void StatusNotifierItem::checkForHost() {
+    if (onHost_ && !published_ && hostRuns())
+        std::exchange(onHost_, nullptr)();
+}
+
 bool StatusNotifierItem::registerWithWatcher() {
     QDBusMessage call = QDBusMessage::createMethodCall(
         watcherService, watcherPath, watcherService, QStringLiteral("RegisterStatusNotifierItem"));
@@ -150,16 +171,28 @@ SniToolTip StatusNotifierItem::toolTip() const {
     return {QString(), {}, title(), toolTip_};
 }
 
+QPoint StatusNotifierItem::clickOnScreen(int x, int y) const {
+    const QPoint reported(x, y);
+    if (!calledFromDBus() ||
+        !SniClickPosition::isInsideIcon(SniClickPosition::programOf(message().service()), reported))
+        return reported;
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return reported;
+    // Measured from the screen's edge: a bar that reserves its room lies outside the usable area.
+    return topRightClick(screen->geometry(), reported.y()).toPoint();
+}
+
 void StatusNotifierItem::Activate(int x, int y) {
-    Q_EMIT activated(QPoint(x, y));
+    Q_EMIT activated(clickOnScreen(x, y));
 }
 
 void StatusNotifierItem::SecondaryActivate(int x, int y) {
-    Q_EMIT activated(QPoint(x, y));
+    Q_EMIT activated(clickOnScreen(x, y));
 }
 
 void StatusNotifierItem::ContextMenu(int x, int y) {
-    Q_EMIT contextMenuRequested(QPoint(x, y));
+    Q_EMIT contextMenuRequested(clickOnScreen(x, y));
 }
 
 void StatusNotifierItem::Scroll(int, const QString&) {}

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QDBusArgument>
+#include <QDBusContext>
 #include <QDBusObjectPath>
 #include <QIcon>
 #include <QList>
 #include <QObject>
 #include <QPoint>
 #include <QString>
+#include <functional>
 
 // One image of an item's icon as a StatusNotifierItem host reads it: ARGB32 in network order.
 struct SniPixmap {
@@ -39,7 +41,7 @@ Q_DECLARE_METATYPE(SniToolTip)
 class DBusMenuExporter;
 class QMenu;
 
-class StatusNotifierItem : public QObject {
+class StatusNotifierItem : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
     Q_PROPERTY(QString Category READ category)
@@ -67,6 +69,9 @@ public:
     // Serves the item and registers it with the watcher; false when either failed.
     bool publish();
     bool isPublished() const { return published_; }
+    // Calls `onHost` once, when a host shows up on the bus later: a bar that starts with the
+    // session often comes after the applications.
+    void awaitHost(std::function<void()> onHost);
 
     void setIcon(const QIcon& icon);
     void setToolTip(const QString& text);
@@ -101,12 +106,18 @@ Q_SIGNALS:
     Q_SCRIPTABLE void NewTitle();
     Q_SCRIPTABLE void NewStatus(const QString& status);
 
+private Q_SLOTS:
+    void checkForHost();
+
 private:
     bool registerWithWatcher();
+    // The screen position of a click the calling host reports.
+    QPoint clickOnScreen(int x, int y) const;
 
     DBusMenuExporter* menuExporter_ = nullptr;
     QString service_;
     SniPixmaps pixmaps_;
     QString toolTip_;
     bool published_ = false;
+    std::function<void()> onHost_;
 };

@@ -38,3 +38,7 @@ QRectF barAroundClick(const QPointF& click, const QRectF& area) {
     }
     return point;
 }
+
+QPointF topRightClick(const QRectF& area, double depth) {
+    return {area.right() - 2 * depth, area.top() + depth};
+}

@@ -31,6 +31,10 @@ void TrayIcon::show() {
         return;
     tray_.show();
     lookAtBarLater(barLooks);
+    sni_.awaitHost([this] {
+        if (sni_.publish())
+            tray_.hide();
+    });
 }
 
 // The tray embeds the icon a moment after it is shown; look at the bar once it has.
