@@ -125,12 +125,13 @@ QPoint QuillonApp::primaryCorner() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (!screen)
         return {};
-    // Where nothing is reserved for a bar (a Wayland bar seen through XWayland), one of the usual
-    // thickness is taken to be there, so that nothing placed from the corner covers it.
+    // Where nothing is known to be reserved for a bar (a Wayland bar seen through XWayland), one
+    // of the usual thickness is taken to be there, so that nothing placed from the corner covers
+    // it.
     constexpr double usualBarDepth = 16;
-    const QRect available = screen->availableGeometry();
+    const QRect available = usableAreaAt(std::nullopt).value_or(screen->geometry());
     const double depth = available == screen->geometry() ? usualBarDepth : 0;
-    return topRightClick(available, depth).toPoint();
+    return rightEndClick(available, depth, TrayEdge::top).toPoint();
 }
 
 bool QuillonApp::hasTray() const {

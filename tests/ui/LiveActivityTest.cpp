@@ -1,6 +1,6 @@
 #include "support/ManualClock.h"
-#include "support/ScopedEnvironment.h"
 #include "support/QtPrinters.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TempPreferences.h"
 #include "support/WaitUntil.h"
 #include "ui/panel/ProgressLine.h"
@@ -13,9 +13,11 @@
 #include "ui/status/LiveActivityView.h"
 #include "ui/status/LiveActivityWindow.h"
 #include "ui/status/StatusPalette.h"
+#include "ui/status/SwayWorkArea.h"
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTemporaryDir>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -198,6 +200,31 @@ TEST_F(LiveActivityTest, OnAWaylandSessionTheWindowLeavesTheTrayFree) {
     EXPECT_EQ(onWayland.top(), 25);
     EXPECT_EQ(onWayland.bottom(), onX11.bottom());
     EXPECT_EQ(capsuleOnWayland, capsuleOnX11);
+}
+
+// Under sway the bars' room is known only to sway: its visible workspace tells the usable area.
+TEST(SwayWorkArea, TheVisibleWorkspaceOnTheScreenTellsTheUsableArea) {
+    QTemporaryDir bin;
+    const auto answer = [&](const QByteArray& script) {
+        QFile swaymsg(bin.filePath("swaymsg"));
+        swaymsg.open(QIODevice::WriteOnly);
+        swaymsg.write("#!/bin/sh\n" + script + "\n");
+        swaymsg.close();
+        swaymsg.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return swayUsableArea(QRect(0, 0, 1440, 900));
+    };
+    ScopedEnvironment path("PATH", bin.path().toUtf8() + ':' + qgetenv("PATH"));
+    ScopedEnvironment sway("SWAYSOCK", "/run/user/1000/sway-ipc.sock");
+    const QByteArray workspaces =
+        R"(echo '[{"visible":false,"rect":{"x":1440,"y":0,"width":800,"height":600}},)"
+        R"({"visible":false,"rect":{"x":0,"y":0,"width":1440,"height":900}},)"
+        R"({"visible":true,"rect":{"x":0,"y":30,"width":1440,"height":870}}]')";
+    EXPECT_EQ(answer(workspaces), QRect(0, 30, 1440, 870));
+    EXPECT_EQ(answer("echo '[{\"visible\":true,\"rect\":{\"x\":1440,\"y\":0}}]'"), std::nullopt);
+    EXPECT_EQ(answer("echo 'not json'"), std::nullopt);
+    EXPECT_EQ(answer("exit 1"), std::nullopt);
+    ScopedEnvironment noSway("SWAYSOCK", std::nullopt);
+    EXPECT_EQ(answer(workspaces), std::nullopt);
 }
 
 TEST_F(LiveActivityTest, SixBuildsShowFiveRowsAndTheFirstCountsTheOneLeftOut) {

@@ -3,6 +3,7 @@
 #include "ui/status/DBusMenuExporter.h"
 #include "ui/status/SniClickPosition.h"
 #include "ui/status/TrayEdge.h"
+#include "ui/status/UsableArea.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -179,8 +180,12 @@ QPoint StatusNotifierItem::clickOnScreen(int x, int y) const {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (!screen)
         return reported;
-    // Measured from the screen's edge: a bar that reserves its room lies outside the usable area.
-    return topRightClick(screen->geometry(), reported.y()).toPoint();
+    // Measured from the screen's edge: a bar that reserves its room lies outside the usable area,
+    // on the bottom when that is the only side where the area leaves room.
+    const QRect whole = screen->geometry();
+    const QRect area = usableAreaAt(whole.center()).value_or(whole);
+    const bool bottom = area.top() == whole.top() && area.bottom() < whole.bottom();
+    return rightEndClick(whole, reported.y(), bottom ? TrayEdge::bottom : TrayEdge::top).toPoint();
 }
 
 void StatusNotifierItem::Activate(int x, int y) {

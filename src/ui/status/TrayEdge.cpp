@@ -39,6 +39,7 @@ QRectF barAroundClick(const QPointF& click, const QRectF& area) {
     return point;
 }
 
-QPointF topRightClick(const QRectF& area, double depth) {
-    return {area.right() - 2 * depth, area.top() + depth};
+QPointF rightEndClick(const QRectF& area, double depth, TrayEdge edge) {
+    return {area.right() - 2 * depth,
+            edge == TrayEdge::bottom ? area.bottom() - depth : area.top() + depth};
 }

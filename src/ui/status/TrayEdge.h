@@ -23,7 +23,7 @@ inline bool isHorizontal(TrayEdge edge) {
 // the bar, so the bar reaches about twice as far from the screen's edge.
 QRectF barAroundClick(const QPointF& click, const QRectF& area);
 
-// Where a click `depth` into a bar along the top of `area`, near its right end, lands: the place
-// most trays sit. The point keeps twice that depth from the right edge so that it still reads as
-// a click on a top bar.
-QPointF topRightClick(const QRectF& area, double depth);
+// Where a click `depth` into a bar along the top (or, given `TrayEdge::bottom`, the bottom) of
+// `area`, near its right end, lands: the place most trays sit. The point keeps twice that depth
+// from the right edge so that it still reads as a click on a top or bottom bar.
+QPointF rightEndClick(const QRectF& area, double depth, TrayEdge edge);

@@ -1,5 +1,7 @@
 #include "ui/status/UsableArea.h"
 
+#include "ui/status/SwayWorkArea.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -9,5 +11,8 @@ std::optional<QRect> usableAreaAt(const std::optional<QPoint>& point) {
         screen = QGuiApplication::primaryScreen();
     if (!screen)
         return std::nullopt;
-    return screen->availableGeometry();
+    const QRect available = screen->availableGeometry();
+    if (available != screen->geometry())
+        return available;
+    return swayUsableArea(available).value_or(available);
 }
