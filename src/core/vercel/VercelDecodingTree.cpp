@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <rapidjson/reader.h>
 
 namespace {
 
@@ -77,6 +76,10 @@ private:
     int depth_ = 0;
 };
 
+// RapidJSON takes the continuation bytes a UTF-8 lead byte announces before judging them, so a
+// body cut inside a character would have it read past the end: as many '\0' as it can take.
+constexpr qsizetype kPadding = 3;
+
 constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag |
                             rapidjson::kParseValidateEncodingFlag |
                             rapidjson::kParseNumbersAsStringsFlag;
@@ -84,7 +87,7 @@ constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseItera
 } // namespace
 
 bool StrictJsonTree::parse(const QByteArray& body) {
-    buffer_ = QByteArray(body.constData(), body.size()); // a copy of our own, ending in '\0'
+    buffer_ = body + QByteArray(kPadding, '\0'); // a copy of our own
     rapidjson::InsituStringStream stream(buffer_.data());
     bool parsed = false;
     auto generate = [&](rapidjson::Document& document) {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/vercel/VercelDecodingRapidJson.h"
 #include <QByteArray>
-#include <rapidjson/document.h>
 
 // A body parsed by RapidJSON, accepted only where its reading cannot differ from Qt's parser:
 // strict JSON, valid UTF-8, numbers converted as Qt converts them (integers that fit 64 bits kept

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "core/vercel/VercelDecodingRapidJson.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <limits>
 #include <optional>
-#include <rapidjson/document.h>
 #include <string_view>
 
 // The two trees a body can be decoded from, seen through the same few operations so that each

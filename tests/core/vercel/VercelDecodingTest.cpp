@@ -158,6 +158,7 @@ TEST(VercelDecoding, BodiesOnlyQtAcceptsDecodeAsQtReadsThem) {
              QByteArray(R"({"teams": [], "x": 1e-400})"),
              QByteArray(R"({"teams": [], "x": 1e400})"),
              QByteArray("{\"teams\": [], \"x\": \"\xff\"}"), // not UTF-8
+             QByteArray("{\"teams\": [], \"x\": \"\xf0"),    // cut inside a character
              QByteArray("{\"teams\": []}\0", 14),
          })
         EXPECT_FALSE(decodeResponse<TeamsResponse>(refused)) << refused.right(40).constData();
