@@ -8,7 +8,7 @@
 
 // "Copy for AI" on a long build: decode 20,000 build events, strip their terminal sequences and
 // cut out the relevant lines. Its floor is Qt's parse of the same bytes alone; the whole should
-// stay within 1.5 times it.
+// stay within 1.2 times it.
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <benchmark/benchmark.h>
 
 // Each decode is paired with a floor: Qt's own JSON parser reading the same bytes and building
-// nothing of ours. The full decode should stay within 1.5 times its floor.
+// nothing of ours. The full decode should stay within 1.2 times its floor.
 
 namespace {
 

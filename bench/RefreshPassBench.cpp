@@ -8,7 +8,7 @@
 
 // One refresh pass over 10 scopes, from bodies already received: decode every answer, attach the
 // deployments, and build the ordered snapshots with today's count. Its floor is Qt's parse of the
-// same bytes alone; the pass should stay within 1.5 times it (and well under 10 ms).
+// same bytes alone; the pass should stay within 1.2 times it (and well under 10 ms).
 
 namespace {
 

@@ -1,102 +1,101 @@
 #include "core/vercel/VercelDecoding.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QLocale>
-#include <limits>
+#include "core/vercel/VercelDecodingTree.h"
+#include "core/vercel/VercelDecodingValues.h"
 
-// Qt parses the body; these readers walk the tree. Each answers false when a value has the
+#include <QJsonDocument>
+#include <QLocale>
+#include <array>
+
+// RapidJSON parses the body; what it refuses, Qt's more lenient parser judges. The readers walk
+// either tree through its view (VercelDecodingValues.h). Each answers false when a value has the
 // wrong kind or a required member is missing or null, and the first false fails the whole body.
 
 namespace {
 
-bool read(const QJsonValue& v, QString& out) {
+template <typename V> bool read(const V& v, QString& out) {
     if (!v.isString())
         return false;
-    out = v.toString();
+    out = v.string();
     return true;
 }
 
-bool read(const QJsonValue& v, double& out) {
-    if (!v.isDouble())
+template <typename V> bool read(const V& v, double& out) {
+    if (!v.isNumber())
         return false;
-    out = v.toDouble();
+    out = v.number();
     return true;
 }
 
-bool read(const QJsonValue& v, JSONScalar& out);
-bool read(const QJsonValue& v, VercelDeployment& out);
-bool read(const QJsonValue& v, VercelProject& out);
-bool read(const QJsonValue& v, VercelTeam& out);
-bool read(const QJsonValue& v, VercelUser& out);
-bool read(const QJsonValue& v, VercelTokenInfo& out);
-bool read(const QJsonValue& v, VercelBuildEvent::Payload& out);
-bool read(const QJsonValue& v, VercelBuildEvent& out);
+template <typename V> bool read(const V& v, JSONScalar& out);
+template <typename V> bool read(const V& v, VercelDeployment& out);
+template <typename V> bool read(const V& v, VercelProject& out);
+template <typename V> bool read(const V& v, VercelTeam& out);
+template <typename V> bool read(const V& v, VercelUser& out);
+template <typename V> bool read(const V& v, VercelTokenInfo& out);
+template <typename V> bool read(const V& v, VercelBuildEvent::Payload& out);
+template <typename V> bool read(const V& v, VercelBuildEvent& out);
 
-template <typename T> bool read(const QJsonValue& v, QList<T>& out) {
+template <typename V, typename T> bool read(const V& v, QList<T>& out) {
     if (!v.isArray())
         return false;
-    const QJsonArray array = v.toArray();
     out.clear();
-    out.reserve(array.size());
-    for (const QJsonValue& item : array) {
-        if (!read(item, out.emplaceBack()))
-            return false;
-    }
-    return true;
+    out.reserve(v.size());
+    return v.everyElement([&](const V& item) { return read(item, out.emplaceBack()); });
 }
 
-template <typename T> bool read(const QJsonValue& v, QMap<QString, T>& out) {
-    if (!v.isObject())
-        return false;
-    const QJsonObject object = v.toObject();
-    out.clear();
-    for (auto it = object.begin(); it != object.end(); ++it) {
-        if (!read(it.value(), out[it.key()]))
-            return false;
-    }
-    return true;
+// The members named in `keys`, in one pass over the object. Of duplicate keys the last counts,
+// as in Qt's parser, which drops the others unread.
+template <typename V, std::size_t N>
+std::array<std::optional<V>, N> members(const V& object,
+                                        const std::array<std::string_view, N>& keys) {
+    std::array<std::optional<V>, N> found;
+    object.forEachMember([&](const auto& key, const V& value) {
+        for (std::size_t i = 0; i < N; ++i) {
+            if (keyIs(key, keys[i])) {
+                found[i] = value;
+                return;
+            }
+        }
+    });
+    return found;
 }
 
 // Missing or null: absent.
-template <typename T>
-bool optional(const QJsonObject& o, QLatin1StringView key, std::optional<T>& out) {
-    const QJsonValue v = o.value(key);
-    if (v.isUndefined() || v.isNull()) {
+template <typename V, typename T> bool optional(const std::optional<V>& v, std::optional<T>& out) {
+    if (!v || v->isNull()) {
         out.reset();
         return true;
     }
-    return read(v, out.emplace());
+    return read(*v, out.emplace());
 }
 
 // A member nothing reads still has to be of its kind when present and not null.
-bool optionalKind(const QJsonObject& o, QLatin1StringView key, QJsonValue::Type kind) {
-    const QJsonValue::Type type = o.value(key).type();
-    return type == QJsonValue::Undefined || type == QJsonValue::Null || type == kind;
+template <typename V> bool optionalString(const std::optional<V>& v) {
+    return !v || v->isNull() || v->isString();
+}
+template <typename V> bool optionalNumber(const std::optional<V>& v) {
+    return !v || v->isNull() || v->isNumber();
 }
 
 // Null fails like any other wrong kind, and so does a missing member.
-template <typename T> bool required(const QJsonObject& o, QLatin1StringView key, T& out) {
-    return read(o.value(key), out);
+template <typename V, typename T> bool required(const std::optional<V>& v, T& out) {
+    return v && read(*v, out);
 }
 
-QString numberText(const QJsonValue& v) {
-    // Qt keeps integers that fit 64 bits exactly; 2.0 and 1e3 count as integers too.
-    constexpr qint64 sentinel = std::numeric_limits<qint64>::min();
-    const qint64 integer = v.toInteger(sentinel);
-    if (integer != sentinel || v.toDouble() == static_cast<double>(sentinel))
-        return QString::number(v.toInteger());
-    return QString::number(v.toDouble(), 'g', QLocale::FloatingPointShortest);
+template <typename V> QString numberText(const V& v) {
+    if (const std::optional<qint64> integer = v.integer())
+        return QString::number(*integer);
+    return QString::number(v.number(), 'g', QLocale::FloatingPointShortest);
 }
 
-bool read(const QJsonValue& v, JSONScalar& out) {
+template <typename V> bool read(const V& v, JSONScalar& out) {
     if (v.isString())
-        out.string = v.toString();
-    else if (v.isDouble())
+        out.string = v.string();
+    else if (v.isNumber())
         out.string = numberText(v);
     else if (v.isBool())
-        out.string = v.toBool() ? QStringLiteral("true") : QStringLiteral("false");
+        out.string = v.boolean() ? QStringLiteral("true") : QStringLiteral("false");
     else
         out.string.reset(); // null, arrays and objects carry no text
     return true;
@@ -104,145 +103,150 @@ bool read(const QJsonValue& v, JSONScalar& out) {
 
 // Of `meta` only the git keys are ever read, and a JSONScalar accepts any kind, so keeping just
 // those changes no result and spares a map node per unused key.
-bool readMeta(const QJsonObject& o, std::optional<QMap<QString, JSONScalar>>& out) {
-    static const QLatin1StringView keys[] = {
-        QLatin1StringView("githubCommitRef"),        QLatin1StringView("gitlabCommitRef"),
-        QLatin1StringView("bitbucketCommitRef"),     QLatin1StringView("githubCommitSha"),
-        QLatin1StringView("gitlabCommitSha"),        QLatin1StringView("bitbucketCommitSha"),
-        QLatin1StringView("githubCommitMessage"),    QLatin1StringView("gitlabCommitMessage"),
-        QLatin1StringView("bitbucketCommitMessage"),
+template <typename V>
+bool readMeta(const std::optional<V>& v, std::optional<QMap<QString, JSONScalar>>& out) {
+    static constexpr std::array<std::string_view, 9> keys{
+        "githubCommitRef",     "gitlabCommitRef",     "bitbucketCommitRef",
+        "githubCommitSha",     "gitlabCommitSha",     "bitbucketCommitSha",
+        "githubCommitMessage", "gitlabCommitMessage", "bitbucketCommitMessage",
     };
-    const QJsonValue v = o.value(QLatin1StringView("meta"));
     out.reset();
-    if (v.isUndefined() || v.isNull())
+    if (!v || v->isNull())
         return true;
-    if (!v.isObject())
+    if (!v->isObject())
         return false;
-    const QJsonObject meta = v.toObject();
+    const auto found = members(*v, keys);
     QMap<QString, JSONScalar> kept;
-    for (const QLatin1StringView key : keys) {
-        const auto found = meta.constFind(key);
-        if (found != meta.constEnd())
-            read(found.value(), kept[key]);
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (found[i])
+            read(*found[i], kept[QLatin1StringView(keys[i].data(), qsizetype(keys[i].size()))]);
     }
     out = std::move(kept);
     return true;
 }
 
-bool read(const QJsonValue& v, VercelDeployment& out) {
+template <typename V> bool read(const V& v, VercelDeployment& out) {
     if (!v.isObject())
         return false;
-    const QJsonObject o = v.toObject();
-    using L = QLatin1StringView;
-    return optional(o, L("id"), out.id) && optional(o, L("uid"), out.uid) &&
-           optional(o, L("name"), out.name) && optional(o, L("projectId"), out.projectId) &&
-           optional(o, L("url"), out.url) && optional(o, L("inspectorUrl"), out.inspectorUrl) &&
-           optional(o, L("readyState"), out.readyState) && optional(o, L("state"), out.state) &&
-           optional(o, L("createdAt"), out.createdAt) && optional(o, L("created"), out.created) &&
-           optional(o, L("buildingAt"), out.buildingAt) && optional(o, L("ready"), out.ready) &&
-           optional(o, L("target"), out.target) && readMeta(o, out.meta);
+    static constexpr std::array<std::string_view, 14> keys{
+        "id",    "uid",       "name",    "projectId",  "url",   "inspectorUrl", "readyState",
+        "state", "createdAt", "created", "buildingAt", "ready", "target",       "meta"};
+    const auto [id, uid, name, projectId, url, inspectorUrl, readyState, state, createdAt, created,
+                buildingAt, ready, target, meta] = members(v, keys);
+    return optional(id, out.id) && optional(uid, out.uid) && optional(name, out.name) &&
+           optional(projectId, out.projectId) && optional(url, out.url) &&
+           optional(inspectorUrl, out.inspectorUrl) && optional(readyState, out.readyState) &&
+           optional(state, out.state) && optional(createdAt, out.createdAt) &&
+           optional(created, out.created) && optional(buildingAt, out.buildingAt) &&
+           optional(ready, out.ready) && optional(target, out.target) && readMeta(meta, out.meta);
 }
 
-bool read(const QJsonValue& v, VercelProject& out) {
+template <typename V> bool read(const V& v, VercelProject& out) {
     if (!v.isObject())
         return false;
-    const QJsonObject o = v.toObject();
-    using L = QLatin1StringView;
-    return required(o, L("id"), out.id) && required(o, L("name"), out.name) &&
-           optional(o, L("latestDeployments"), out.latestDeployments);
+    static constexpr std::array<std::string_view, 3> keys{"id", "name", "latestDeployments"};
+    const auto [id, name, latestDeployments] = members(v, keys);
+    return required(id, out.id) && required(name, out.name) &&
+           optional(latestDeployments, out.latestDeployments);
 }
 
-bool read(const QJsonValue& v, VercelTeam& out) {
+template <typename V> bool read(const V& v, VercelTeam& out) {
     if (!v.isObject())
         return false;
-    const QJsonObject o = v.toObject();
-    using L = QLatin1StringView;
-    return required(o, L("id"), out.id) && required(o, L("slug"), out.slug) &&
-           optional(o, L("name"), out.name);
+    static constexpr std::array<std::string_view, 3> keys{"id", "slug", "name"};
+    const auto [id, slug, name] = members(v, keys);
+    return required(id, out.id) && required(slug, out.slug) && optional(name, out.name);
 }
 
-bool read(const QJsonValue& v, VercelUser& out) {
+template <typename V> bool read(const V& v, VercelUser& out) {
     if (!v.isObject())
         return false;
-    const QJsonObject o = v.toObject();
-    using L = QLatin1StringView;
-    return required(o, L("username"), out.username) && optional(o, L("email"), out.email) &&
-           optional(o, L("name"), out.name) && optional(o, L("defaultTeamId"), out.defaultTeamId);
+    static constexpr std::array<std::string_view, 4> keys{"username", "email", "name",
+                                                          "defaultTeamId"};
+    const auto [username, email, name, defaultTeamId] = members(v, keys);
+    return required(username, out.username) && optional(email, out.email) &&
+           optional(name, out.name) && optional(defaultTeamId, out.defaultTeamId);
 }
 
-bool read(const QJsonValue& v, VercelTokenInfo& out) {
+template <typename V> bool read(const V& v, VercelTokenInfo& out) {
     if (!v.isObject())
         return false;
-    const QJsonObject o = v.toObject();
-    using L = QLatin1StringView;
-    return optional(o, L("id"), out.id) && optional(o, L("name"), out.name) &&
-           optional(o, L("expiresAt"), out.expiresAt);
+    static constexpr std::array<std::string_view, 3> keys{"id", "name", "expiresAt"};
+    const auto [id, name, expiresAt] = members(v, keys);
+    return optional(id, out.id) && optional(name, out.name) && optional(expiresAt, out.expiresAt);
 }
 
-bool read(const QJsonValue& v, VercelBuildEvent::Payload& out) {
+template <typename V> bool read(const V& v, VercelBuildEvent::Payload& out) {
     if (!v.isObject())
         return false;
-    return optional(v.toObject(), QLatin1StringView("text"), out.text);
+    static constexpr std::array<std::string_view, 1> keys{"text"};
+    const auto [text] = members(v, keys);
+    return optional(text, out.text);
 }
 
-bool read(const QJsonValue& v, VercelBuildEvent& out) {
+template <typename V> bool read(const V& v, VercelBuildEvent& out) {
     if (!v.isObject())
         return false;
-    const QJsonObject o = v.toObject();
-    using L = QLatin1StringView;
-    return optionalKind(o, L("type"), QJsonValue::String) &&
-           optionalKind(o, L("created"), QJsonValue::Double) && optional(o, L("text"), out.text) &&
-           optional(o, L("payload"), out.payload);
+    static constexpr std::array<std::string_view, 4> keys{"type", "created", "text", "payload"};
+    const auto [type, created, text, payload] = members(v, keys);
+    return optionalString(type) && optionalNumber(created) && optional(text, out.text) &&
+           optional(payload, out.payload);
 }
 
-std::optional<QJsonDocument> parse(const QByteArray& body) {
+// Decodes the body's top value with `decode`, from RapidJSON's tree when it accepts the body,
+// else from Qt's; absent when both refuse it or `decode` fails.
+template <typename Decoded, typename Decode>
+std::optional<Decoded> decodeBody(const QByteArray& body, Decode decode) {
+    Decoded decoded;
+    StrictJsonTree tree;
+    if (tree.parse(body))
+        return decode(RapidJsonView(tree.root()), decoded) ? std::optional(std::move(decoded))
+                                                           : std::nullopt;
     QJsonParseError error{};
-    QJsonDocument document = QJsonDocument::fromJson(body, &error);
+    const QJsonDocument document = QJsonDocument::fromJson(body, &error);
     if (error.error != QJsonParseError::NoError)
         return std::nullopt;
-    return document;
+    const QJsonValue top = document.isObject()  ? QJsonValue(document.object())
+                           : document.isArray() ? QJsonValue(document.array())
+                                                : QJsonValue(QJsonValue::Undefined);
+    return decode(QtJsonView(top), decoded) ? std::optional(std::move(decoded)) : std::nullopt;
 }
 
 // An object whose one required member `key` holds the whole content.
 template <typename Envelope, typename Field>
-std::optional<Envelope> decodeEnvelope(const QByteArray& body, QLatin1StringView key,
+std::optional<Envelope> decodeEnvelope(const QByteArray& body, std::string_view key,
                                        Field Envelope::*field) {
-    const std::optional<QJsonDocument> document = parse(body);
-    if (!document || !document->isObject())
-        return std::nullopt;
-    Envelope envelope;
-    if (!required(document->object(), key, envelope.*field))
-        return std::nullopt;
-    return envelope;
+    return decodeBody<Envelope>(body, [&](const auto& top, Envelope& envelope) {
+        if (!top.isObject())
+            return false;
+        const auto [content] = members(top, std::array<std::string_view, 1>{key});
+        return required(content, envelope.*field);
+    });
 }
 
 } // namespace
 
 template <> std::optional<DeploymentsResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, QLatin1StringView("deployments"),
-                          &DeploymentsResponse::deployments);
+    return decodeEnvelope(body, "deployments", &DeploymentsResponse::deployments);
 }
 
 template <> std::optional<ProjectsResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, QLatin1StringView("projects"), &ProjectsResponse::projects);
+    return decodeEnvelope(body, "projects", &ProjectsResponse::projects);
 }
 
 template <> std::optional<TeamsResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, QLatin1StringView("teams"), &TeamsResponse::teams);
+    return decodeEnvelope(body, "teams", &TeamsResponse::teams);
 }
 
 template <> std::optional<UserResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, QLatin1StringView("user"), &UserResponse::user);
+    return decodeEnvelope(body, "user", &UserResponse::user);
 }
 
 template <> std::optional<TokenInfoResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, QLatin1StringView("token"), &TokenInfoResponse::token);
+    return decodeEnvelope(body, "token", &TokenInfoResponse::token);
 }
 
 template <> std::optional<BuildEventList> decodeResponse(const QByteArray& body) {
-    const std::optional<QJsonDocument> document = parse(body);
-    BuildEventList events;
-    if (!document || !document->isArray() || !read(QJsonValue(document->array()), events))
-        return std::nullopt;
-    return events;
+    return decodeBody<BuildEventList>(
+        body, [](const auto& top, BuildEventList& events) { return read(top, events); });
 }

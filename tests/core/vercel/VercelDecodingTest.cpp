@@ -135,6 +135,35 @@ TEST(VercelDecoding, AnyWrongKindMissingMemberOrBrokenJsonFailsTheBody) {
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"created": "1732351201300", "text": "a"}])"));
 }
 
+// Strict JSON parsers refuse some bodies that Qt's parser reads; those decode as Qt reads them,
+// and whatever Qt refuses still fails.
+TEST(VercelDecoding, BodiesOnlyQtAcceptsDecodeAsQtReadsThem) {
+    // One body each, so that no other oddity decides which parser reads it.
+    const QList<std::pair<QByteArray, QString>> texts{
+        {R"([{"text": "cut \ud83d"}])", "cut " + QString(QChar(0xd83d))}, // a log cut in an emoji
+        {R"([{"text": "\udc00"}])", QString(QChar(0xdc00))},
+        {R"([{"text": "\q"}])", "q"},
+        {"[{\"text\": \"a\tb\x01\"}]", QStringLiteral("a\tb\x01")}, // raw control characters
+        {R"([{"text": 1, "text": "last"}])", "last"}, // of duplicate keys the last counts
+    };
+    for (const auto& [body, text] : texts) {
+        const auto events = decodeResponse<BuildEventList>(body);
+        ASSERT_TRUE(events) << body.constData();
+        EXPECT_EQ(events->value(0).text, text) << body.constData();
+    }
+    const QByteArray nested = QByteArray(1023, '[') + QByteArray(1023, ']');
+    EXPECT_TRUE(decodeResponse<TeamsResponse>(R"({"teams": [], "x": )" + nested + "}"));
+    for (const QByteArray& refused : {
+             QByteArray(R"({"teams": [], "x": [)" + nested + "]}"), // nested deeper than Qt reads
+             QByteArray(R"({"teams": [], "x": 1e-400})"),
+             QByteArray(R"({"teams": [], "x": 1e400})"),
+             QByteArray("{\"teams\": [], \"x\": \"\xff\"}"), // not UTF-8
+             QByteArray("{\"teams\": [], \"x\": \"\xf0"),    // cut inside a character
+             QByteArray("{\"teams\": []}\0", 14),
+         })
+        EXPECT_FALSE(decodeResponse<TeamsResponse>(refused)) << refused.right(40).constData();
+}
+
 // Teams, user and token expiry reach the engine from the fake account; here what it never sends.
 TEST(VercelDecoding, TokenIdsAndBuildEventsMayBeMissingOrNull) {
     const auto expiring =
@@ -165,9 +194,10 @@ TEST(JSONScalar, EveryJsonKindGivesTextOrNothing) {
         {R"("main")", "main"},  {R"("")", ""},    {"1234567890123", "1234567890123"},
         {"-42", "-42"},         {"-0", "0"},      {"9223372036854775807", "9223372036854775807"},
         {"1e20", "1e+20"},      {"true", "true"}, {"-9223372036854775808", "-9223372036854775808"},
-        {"false", "false"},     {"1.5", "1.5"},   {"0.1", "0.1"},
-        {"2.0", "2"},           {"1E3", "1000"},  {"-0.25", "-0.25"},
+        {"false", "false"},     {"1.5", "1.5"},   {"18446744073709551616", "18446744073709552000"},
+        {"2.0", "2"},           {"1E3", "1000"},  {"1.5e15", "1500000000000000"},
         {"null", std::nullopt}, {R"(["a"])", {}}, {R"({"a": 1})", {}},
+        {"0.1", "0.1"},         {"1.", "1"},      {"-0.25", "-0.25"},
     };
     for (const auto& [json, text] : cases) {
         const auto decoded = decodeResponse<DeploymentsResponse>(
