@@ -50,8 +50,8 @@ struct HttpReply {
     bool tooLarge = false;
 };
 
-// HTTP as the core needs it: one GET at a time per call, on the main thread. The implementation
-// (and the network stack under it) is only loaded when the first request is made.
+// HTTP as the core needs it: GETs, made and answered on the main thread. The implementation (and
+// the network stack under it) may be loaded only when the first request is made.
 class HttpTransport {
 public:
     virtual ~HttpTransport() = default;
