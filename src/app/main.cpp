@@ -6,6 +6,7 @@
 #include "app/ScreenCapture.h"
 #include "core/common/Language.h"
 #include "core/vercel/VercelAPI.h"
+#include "platform/ServiceModule.h"
 #include "platform/SingleInstance.h"
 #include "ui/status/WaylandSession.h"
 
@@ -81,6 +82,8 @@ int main(int argc, char** argv) {
 
     preferX11OnWayland();
     QApplication app(argc, argv);
+    // HTTP, the keyring and the network state come from a module loaded on first use.
+    ServiceModule::loadFrom(ServiceModule::defaultDirectories());
     QApplication::setApplicationName(QStringLiteral("quillon"));
     QApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.fernhollow.quillon"));

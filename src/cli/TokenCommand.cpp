@@ -3,7 +3,7 @@
 #include "cli/CliCommand.h"
 #include "core/common/Language.h"
 #include "core/keychain/KeychainStore.h"
-#include "platform/LibsecretBackend.h"
+#include "services/LibsecretBackend.h"
 
 #include <QFile>
 #include <termios.h>

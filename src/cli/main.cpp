@@ -1,6 +1,7 @@
 // quillon-cli: Quillon's engine without a desktop. The access token comes from the
 // environment (VERCEL_TOKEN) or the keyring, never from the argument list.
 #include "cli/CliCommand.h"
+#include "platform/ServiceModule.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -38,6 +39,7 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillon-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
+    ServiceModule::useLinked(linkedServiceTable());
 
     QStringList args = QCoreApplication::arguments().mid(1);
     if (args.isEmpty()) {

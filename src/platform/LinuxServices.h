@@ -4,8 +4,8 @@
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
 #include "platform/FreedesktopNotifier.h"
-#include "platform/LibsecretBackend.h"
 #include "platform/LogindSleepWatch.h"
+#include "platform/ModuleSecretBackend.h"
 #include "platform/NetworkReachability.h"
 #include "platform/XdgAutostart.h"
 
@@ -18,7 +18,7 @@ public:
 
     AppState::Services services(const QUrl& apiBase);
 
-    LibsecretBackend secrets;
+    ModuleSecretBackend secrets; // loads the keyring code on first use
     KeychainStore keychain{secrets, &Preferences::standard()};
     XdgAutostart loginItem;
     FreedesktopNotifier notifications;

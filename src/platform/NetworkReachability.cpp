@@ -1,16 +1,12 @@
 #include "platform/NetworkReachability.h"
 
-#include <QNetworkInformation>
+#include "platform/ServiceModule.h"
 
 void NetworkReachability::watch() {
     if (watching_)
         return;
     watching_ = true;
-    if (!QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability))
-        return;
-    QObject::connect(QNetworkInformation::instance(), &QNetworkInformation::reachabilityChanged,
-                     this, [this](QNetworkInformation::Reachability reachability) {
-                         if (reachability == QNetworkInformation::Reachability::Online)
-                             Q_EMIT cameOnline();
-                     });
+    const Expected<const ServiceTable*, QString> services = ServiceModule::table();
+    if (services)
+        services.value()->followReachability(this, [this] { Q_EMIT cameOnline(); });
 }

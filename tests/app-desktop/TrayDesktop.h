@@ -28,6 +28,7 @@ public:
     // What the app was started with, for a second launch.
     QProcessEnvironment appEnvironment() const { return app_.processEnvironment(); }
     bool appRuns() const { return app_.state() == QProcess::Running; }
+    qint64 appPid() const { return app_.processId(); }
     // Everything the app printed so far, standard output and error.
     QByteArray appOutput();
     // Asks the app to quit as the session would on logout; answers whether it did so cleanly.

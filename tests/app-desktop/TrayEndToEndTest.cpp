@@ -8,6 +8,7 @@
 #include "ui/status/LiveActivityGeometry.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <gtest/gtest.h>
 
 namespace {
@@ -89,5 +90,13 @@ TEST(TrayEndToEnd, HotKeyOneShowsTheLiveActivityUnderTheTrayIconUntilTheDeployme
     const std::optional<XWindow> after = trayIcon(env);
     ASSERT_TRUE(after);
     EXPECT_EQ(after->id, icon->id);
+    // The demo makes no request and never reads the keyring: neither the services module nor
+    // the network stack was loaded.
+    QFile maps(QStringLiteral("/proc/%1/maps").arg(desktop.appPid()));
+    ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
+    const QByteArray mapped = maps.readAll();
+    EXPECT_FALSE(mapped.contains("quillon-services.so"));
+    EXPECT_FALSE(mapped.contains("libQt6Network"));
+    EXPECT_TRUE(mapped.contains("libQt6Widgets")); // the right process's maps were read
     EXPECT_TRUE(desktop.quitApp()) << desktop.appOutput().toStdString();
 }

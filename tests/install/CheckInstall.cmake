@@ -1,6 +1,7 @@
 # Installs the build tree into a scratch prefix and checks that exactly the product lands there:
-# the two programs, the desktop entry and the icons, nothing else (no libraries, headers or
-# test programs), that the entry is valid, and that the installed programs run.
+# the two programs, the tray's services module, the desktop entry and the icons, nothing else
+# (no other libraries, headers or test programs), that the entry is valid, and that the
+# installed programs run.
 #   cmake -DBUILD_DIR=… -DSCRATCH=… -DSOURCE_DIR=… -P CheckInstall.cmake
 cmake_minimum_required(VERSION 3.25)
 foreach(var BUILD_DIR SCRATCH SOURCE_DIR)
@@ -21,6 +22,7 @@ set(id com.fernhollow.quillon)
 set(expected
     bin/quillon
     bin/quillon-cli
+    lib/quillon/quillon-services.so
     share/applications/${id}.desktop
     share/icons/hicolor/256x256/apps/${id}.png
     share/icons/hicolor/scalable/apps/${id}.svg)

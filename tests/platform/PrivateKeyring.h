@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/keychain/KeychainStore.h"
-#include "platform/LibsecretBackend.h"
+#include "services/LibsecretBackend.h"
 #include "support/ScopedEnvironment.h"
 #include "support/desktop/PrivateDesktop.h"
 

@@ -2,6 +2,7 @@
 // person can look at them (and the README can show them).
 #include "core/common/Language.h"
 #include "core/demo/DemoDirector.h"
+#include "platform/ServiceModule.h"
 #include "screenshots/ScreenshotScene.h"
 #include "support/WaitUntil.h"
 #include "ui/panel/PanelView.h"
@@ -197,6 +198,7 @@ int main(int argc, char** argv) {
     if (argc != 2 || first.startsWith('-'))
         return usage(stderr, 2);
     QApplication app(argc, argv);
+    ServiceModule::useLinked(linkedServiceTable());
     if (!QDir().mkpath(first)) {
         std::fprintf(stderr, "quillon-screenshots: cannot create %s\n", qPrintable(first));
         return 1;

@@ -1,40 +1,38 @@
 #include "core/update/AppcastUpdater.h"
 
-#include "core/common/BoundedGet.h"
+#include "core/common/HttpTransport.h"
 #include "core/common/Language.h"
 #include "core/common/Preferences.h"
 #include "core/monitor/Clock.h"
 #include "core/update/AppcastItem.h"
 #include "core/update/VersionOrder.h"
 
-#include <QNetworkReply>
-#include <QNetworkRequest>
-
 namespace {
 
-Expected<QByteArray, QString> outcome(const QNetworkReply& reply, BoundedReply& download) {
-    if (download.tooLarge)
+Expected<QByteArray, QString> outcome(HttpReply& reply) {
+    if (reply.tooLarge)
         return Language::text("the feed is larger than 4 MiB.", "le flux dépasse 4 Mio.");
     // Qt reports its own transfer timeout as a cancellation; nothing else cancels a check.
-    if (reply.error() == QNetworkReply::OperationCanceledError ||
-        reply.error() == QNetworkReply::TimeoutError)
+    if (reply.failure == NetworkFailure::operationCanceled ||
+        reply.failure == NetworkFailure::timeout)
         return Language::text("the request timed out.", "la requête a expiré.");
-    const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (status.isValid() && (status.toInt() < 200 || status.toInt() > 299))
+    if (reply.status && (*reply.status < 200 || *reply.status > 299))
         return Language::text("the server answered with HTTP status %1.",
                               "le serveur a répondu avec le statut HTTP %1.")
-            .arg(status.toInt());
-    if (reply.error() != QNetworkReply::NoError)
-        return reply.errorString();
-    return std::move(download.body);
+            .arg(*reply.status);
+    if (reply.failure != NetworkFailure::none)
+        return reply.failureText;
+    return std::move(reply.body);
 }
 
 QCoro::Task<Expected<QByteArray, QString>> fetch(QUrl url) {
-    QNetworkRequest request(url);
-    request.setTransferTimeout(static_cast<int>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(AppcastUpdater::timeout).count()));
-    BoundedReply download = co_await boundedGet(request, AppcastUpdater::maxFeedBytes);
-    co_return outcome(*download.reply, download);
+    HttpRequest request{
+        std::move(url),
+        {},
+        std::chrono::duration_cast<std::chrono::milliseconds>(AppcastUpdater::timeout),
+        AppcastUpdater::maxFeedBytes};
+    HttpReply reply = co_await boundedGet(std::move(request));
+    co_return outcome(reply);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/common/Expected.h"
+#include "core/common/HttpTransport.h"
 
-#include <QNetworkReply>
 #include <QString>
 #include <variant>
 
@@ -31,7 +31,7 @@ private:
 
 // A request that never got an HTTP answer: no network, refused, timed out, TLS failure.
 struct TransportError {
-    QNetworkReply::NetworkError code = QNetworkReply::UnknownNetworkError;
+    int code = NetworkFailure::unknownNetwork; // a NetworkFailure::Code
     QString description; // the platform's own sentence (a clear one of ours for a timeout)
 };
 

@@ -1,9 +1,8 @@
 #include "core/vercel/VercelAPI.h"
 
-#include "core/common/BoundedGet.h"
+#include "core/common/HttpTransport.h"
 #include "core/common/Language.h"
 
-#include <QNetworkRequest>
 #include <memory>
 
 namespace {
@@ -12,24 +11,22 @@ namespace {
 // more is broken or hostile, and must not fill the memory nor hold the main thread parsing it.
 constexpr qint64 kMaxBodyBytes = 16 * 1024 * 1024;
 
-bool isTimeout(QNetworkReply::NetworkError error) {
+bool isTimeout(int error) {
     // Qt reports its own transfer timeout as a cancellation; we cancel nothing else.
-    return error == QNetworkReply::TimeoutError || error == QNetworkReply::OperationCanceledError;
+    return error == NetworkFailure::timeout || error == NetworkFailure::operationCanceled;
 }
 
-bool isRefusedRedirect(QNetworkReply::NetworkError error) {
-    return error == QNetworkReply::TooManyRedirectsError ||
-           error == QNetworkReply::InsecureRedirectError;
+bool isRefusedRedirect(int error) {
+    return error == NetworkFailure::tooManyRedirects || error == NetworkFailure::insecureRedirect;
 }
 
 // Failures below HTTP: the network layer (1-99) and proxies (101-199).
-bool isTransportFailure(QNetworkReply::NetworkError error) {
-    return error >= QNetworkReply::ConnectionRefusedError &&
-           error <= QNetworkReply::UnknownProxyError;
+bool isTransportFailure(int error) {
+    return error >= NetworkFailure::connectionRefused && error <= NetworkFailure::unknownProxy;
 }
 
 struct TransportSentence {
-    QNetworkReply::NetworkError code;
+    int code;
     const char* english;
     const char* french;
 };
@@ -37,37 +34,36 @@ struct TransportSentence {
 // Qt's own texts are terse ("Connection closed") and follow Qt's translation; the failures a
 // user meets most get a sentence of ours in both languages.
 constexpr TransportSentence kTransportSentences[] = {
-    {QNetworkReply::ConnectionRefusedError, "Could not connect to Vercel (connection refused).",
+    {NetworkFailure::connectionRefused, "Could not connect to Vercel (connection refused).",
      "Impossible de se connecter à Vercel (connexion refusée)."},
-    {QNetworkReply::RemoteHostClosedError,
+    {NetworkFailure::remoteHostClosed,
      "The connection to Vercel was cut off before the answer ended.",
      "La connexion à Vercel a été coupée avant la fin de la réponse."},
-    {QNetworkReply::HostNotFoundError,
+    {NetworkFailure::hostNotFound,
      "Vercel's server could not be found. Check the network connection.",
      "Le serveur de Vercel est introuvable. Vérifiez la connexion au réseau."},
-    {QNetworkReply::TemporaryNetworkFailureError, "The network is unreachable.",
+    {NetworkFailure::temporaryNetworkFailure, "The network is unreachable.",
      "Le réseau est inaccessible."},
-    {QNetworkReply::NetworkSessionFailedError, "The network is unreachable.",
+    {NetworkFailure::networkSessionFailed, "The network is unreachable.",
      "Le réseau est inaccessible."},
-    {QNetworkReply::SslHandshakeFailedError,
+    {NetworkFailure::sslHandshakeFailed,
      "No secure connection to Vercel could be made (TLS handshake failed).",
      "Aucune connexion sécurisée avec Vercel n'a pu être établie (échec de la négociation TLS)."},
 };
 
-TransportError transportError(const QNetworkReply& reply) {
-    const QNetworkReply::NetworkError code = reply.error();
+TransportError transportError(const HttpReply& reply) {
+    const int code = reply.failure;
     if (isTimeout(code))
-        return {QNetworkReply::TimeoutError, Language::text("The request to Vercel timed out.",
-                                                            "La requête vers Vercel a expiré.")};
+        return {NetworkFailure::timeout, Language::text("The request to Vercel timed out.",
+                                                        "La requête vers Vercel a expiré.")};
     for (const TransportSentence& sentence : kTransportSentences) {
         if (sentence.code == code)
             return {code, Language::text(sentence.english, sentence.french)};
     }
-    if (code >= QNetworkReply::ProxyConnectionRefusedError &&
-        code <= QNetworkReply::UnknownProxyError)
+    if (code >= NetworkFailure::proxyConnectionRefused && code <= NetworkFailure::unknownProxy)
         return {code, Language::text("The proxy did not pass the request on to Vercel.",
                                      "Le proxy n'a pas transmis la requête à Vercel.")};
-    return {code, reply.errorString()};
+    return {code, reply.failureText};
 }
 
 bool isHttp(const QUrl& url) {
@@ -84,19 +80,18 @@ RequestResult<QByteArray> statusResult(int status, QByteArray body) {
     return RequestError(APIError::http(status));
 }
 
-RequestResult<QByteArray> outcome(const QNetworkReply& reply, BoundedReply& download) {
-    if (download.tooLarge)
+RequestResult<QByteArray> outcome(HttpReply& reply) {
+    if (reply.tooLarge)
         return RequestError(APIError::badResponse());
-    const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
     // A redirect the stack refused to follow is an answer like any other status.
-    if (isRefusedRedirect(reply.error()) && status.isValid())
-        return statusResult(status.toInt(), {});
-    if (isTransportFailure(reply.error()))
+    if (isRefusedRedirect(reply.failure) && reply.status)
+        return statusResult(*reply.status, {});
+    if (isTransportFailure(reply.failure))
         return RequestError(transportError(reply));
     // Qt gives file: and data: replies a status of 200 too; only the scheme tells HTTP apart.
-    if (!isHttp(reply.url()) || !status.isValid())
+    if (!isHttp(reply.url) || !reply.status)
         return RequestError(APIError::badResponse());
-    return statusResult(status.toInt(), std::move(download.body));
+    return statusResult(*reply.status, std::move(reply.body));
 }
 
 QByteArray encodedQuery(const VercelAPI::Query& query) {
@@ -142,11 +137,11 @@ QUrl VercelAPI::requestUrl(const QString& path, const Query& query) const {
 }
 
 QCoro::Task<RequestResult<QByteArray>> VercelAPI::fetch(QString path, Query query) const {
-    QNetworkRequest request(requestUrl(path, query));
-    request.setTransferTimeout(static_cast<int>(timeout_.count()));
-    request.setRawHeader(QByteArrayLiteral("Authorization"),
-                         QByteArrayLiteral("Bearer ") + token_.toUtf8());
-
-    BoundedReply download = co_await boundedGet(request, kMaxBodyBytes);
-    co_return outcome(*download.reply, download);
+    HttpRequest request{
+        requestUrl(path, query),
+        {{QByteArrayLiteral("Authorization"), QByteArrayLiteral("Bearer ") + token_.toUtf8()}},
+        timeout_,
+        kMaxBodyBytes};
+    HttpReply reply = co_await boundedGet(std::move(request));
+    co_return outcome(reply);
 }

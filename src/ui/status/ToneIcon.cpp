@@ -1,6 +1,7 @@
 #include "ui/status/ToneIcon.h"
 
-#include <QFont>
+#include "ui/status/CountGlyphs.h"
+
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
@@ -19,7 +20,8 @@ constexpr qreal countedScale = 0.62;
 constexpr qreal countedTop = 0.9;
 constexpr qreal countedLineWidth = 1.6;
 constexpr qreal countTop = 9.2;
-constexpr qreal countFontSize = 8.5;
+// The size Qt gave the count when it was drawn as 8.5-point text (whole pixels).
+constexpr qreal countPixelSize = 9.0;
 
 QPainterPath trianglePath(const QPointF& apex, qreal scale) {
     QPainterPath path;
@@ -41,15 +43,15 @@ void drawTriangle(QPainter& painter, const ToneIconLook& look) {
 }
 
 void drawCount(QPainter& painter, const ToneIconLook& look) {
-    QFont font;
-    font.setStyleHint(QFont::SansSerif);
-    font.setPointSizeF(countFontSize); // painted at one unit per point
-    font.setWeight(QFont::Bold);
-    font.setLetterSpacing(QFont::AbsoluteSpacing, -0.3); // three characters fit the slot
-    painter.setFont(font);
-    painter.setPen(look.countColor);
-    painter.drawText(QRectF(-2, countTop, grid + 4, grid - countTop),
-                     Qt::AlignHCenter | Qt::AlignVCenter, look.count);
+    const qreal width = CountGlyphs::width(look.count, countPixelSize);
+    const qreal ascent = CountGlyphs::ascent * countPixelSize;
+    const qreal lineHeight = ascent + CountGlyphs::descent * countPixelSize;
+    // Centred in the rest of the square, as a line of text would be.
+    const QPointF origin((grid - width) / 2,
+                         countTop + (grid - countTop - lineHeight) / 2 + ascent);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(look.countColor);
+    painter.drawPath(CountGlyphs::path(look.count, countPixelSize).translated(origin));
 }
 
 } // namespace
@@ -67,14 +69,8 @@ QString countText(int todayCount) {
 QImage draw(const ToneIconLook& look, int pixels) {
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
-    // At 72 dots per inch a point is one unit before scaling, so the text scales with the grid
-    // whatever the pixel size.
-    const int dotsPerMetre = qRound(72.0 / 0.0254);
-    image.setDotsPerMeterX(dotsPerMetre);
-    image.setDotsPerMeterY(dotsPerMetre);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setRenderHint(QPainter::TextAntialiasing);
     painter.scale(pixels / grid, pixels / grid);
     drawTriangle(painter, look);
     if (!look.count.isEmpty())

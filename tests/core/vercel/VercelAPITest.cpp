@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QNetworkReply>
 #include <QSet>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

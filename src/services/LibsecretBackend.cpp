@@ -1,7 +1,7 @@
-#include "platform/LibsecretBackend.h"
+#include "services/LibsecretBackend.h"
 
 #include "core/common/Language.h"
-#include "platform/SecretServiceSession.h"
+#include "services/SecretServiceSession.h"
 
 // The Secret Service has no per-item accessibility classes; where a copy lives stands in for
 // them. The persistent copy goes to the default collection (the login keyring, on disk, unlocked

@@ -1,7 +1,7 @@
-#include "platform/SecretServiceSession.h"
+#include "services/SecretServiceSession.h"
 
 #include "core/common/Language.h"
-#include "platform/LibsecretBackend.h"
+#include "services/LibsecretBackend.h"
 
 namespace {
 

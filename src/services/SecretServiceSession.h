@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/common/Expected.h"
-#include "platform/GlibAsyncRunner.h"
+#include "services/GlibAsyncRunner.h"
 
 #include <QDeadlineTimer>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/GlibHandles.h"
+#include "services/GlibHandles.h"
 
 #include <chrono>
 #include <functional>

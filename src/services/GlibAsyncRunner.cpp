@@ -1,4 +1,4 @@
-#include "platform/GlibAsyncRunner.h"
+#include "services/GlibAsyncRunner.h"
 
 #include <QDeadlineTimer>
 #include <memory>
