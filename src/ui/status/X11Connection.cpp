@@ -8,6 +8,14 @@ xcb_connection_t* x11Connection() {
     return x11 ? x11->connection() : nullptr;
 }
 
+X11Screen x11Screen() {
+    xcb_connection_t* connection = x11Connection();
+    if (!connection)
+        return {};
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+    return screen ? X11Screen{connection, screen} : X11Screen{};
+}
+
 xcb_atom_t x11Atom(xcb_connection_t* connection, const char* name, bool create) {
     const auto cookie =
         xcb_intern_atom(connection, create ? 0 : 1, uint16_t(std::strlen(name)), name);

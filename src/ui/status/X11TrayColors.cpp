@@ -19,10 +19,7 @@ std::optional<QRgb> rootPixel(xcb_connection_t* connection, xcb_window_t root, i
 } // namespace
 
 std::optional<QColor> x11ColorBeside(const QRect& rect, bool alongRow) {
-    xcb_connection_t* connection = x11Connection();
-    if (!connection)
-        return std::nullopt;
-    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+    const auto [connection, screen] = x11Screen();
     if (!screen)
         return std::nullopt;
     int red = 0, green = 0, blue = 0, count = 0;

@@ -3,10 +3,7 @@
 #include "ui/status/X11Connection.h"
 
 std::optional<QPoint> x11ScreenPosition(WId window) {
-    xcb_connection_t* connection = x11Connection();
-    if (!connection)
-        return std::nullopt;
-    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+    const auto [connection, screen] = x11Screen();
     if (!screen)
         return std::nullopt;
     const auto cookie = xcb_translate_coordinates(connection, static_cast<xcb_window_t>(window),
