@@ -3,8 +3,6 @@
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityView.h"
-#include "ui/status/WaylandSession.h"
-#include "ui/status/X11Sticky.h"
 
 #include <QPainterPath>
 
@@ -17,20 +15,19 @@ constexpr int slideOutMs = 300;
 constexpr int resizeMs = 250;
 constexpr int drop = 10;
 
-// A Wayland compositor places the windows it gets through XWayland where it likes (sway centres
-// them); one that bypasses the window manager stays where it is put, as the panel does.
-Qt::WindowFlags capsuleFlags() {
-    const Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                                  Qt::WindowDoesNotAcceptFocus;
-    return inWaylandSession() ? flags | Qt::X11BypassWindowManagerHint : flags;
-}
+// Window managers move a managed window whose margin crosses the work area back inside it
+// (KWin, Muffin), and Wayland compositors place the windows they get through XWayland where they
+// like (sway centres them). A window that bypasses the window manager stays where it is put, on
+// every workspace, as the panel does.
+constexpr Qt::WindowFlags capsuleFlags = Qt::Tool | Qt::FramelessWindowHint |
+                                         Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus |
+                                         Qt::X11BypassWindowManagerHint;
 
 } // namespace
 
 LiveActivityWindow::LiveActivityWindow(const LiveActivityModel& model, const StatusPalette& palette,
                                        const Clock* clock)
-    : QWidget(nullptr, capsuleFlags()),
-      view_(new LiveActivityView(model, palette, {}, clock, this)),
+    : QWidget(nullptr, capsuleFlags), view_(new LiveActivityView(model, palette, {}, clock, this)),
       slidePosition_(new QPropertyAnimation(this, "pos", &slide_)),
       slideOpacity_(new QPropertyAnimation(this, "windowOpacity", &slide_)), resize_(this, "size") {
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -50,8 +47,12 @@ LiveActivityWindow::LiveActivityWindow(const LiveActivityModel& model, const Sta
         if (bottomAnchored_)
             move(x(), resizeBottom_ - height() + 1);
     });
-    // The beak may have moved.
-    connect(&model, &LiveActivityModel::changed, this, &LiveActivityWindow::updateMask);
+    // The beak may have moved; a window raised meanwhile would hide the new rows.
+    connect(&model, &LiveActivityModel::changed, this, [this] {
+        updateMask();
+        if (isVisible())
+            raise();
+    });
 }
 
 void LiveActivityWindow::stopAnimations() {
@@ -66,9 +67,8 @@ void LiveActivityWindow::slideIn(const QRect& whole) {
     const QRect start = target.translated(0, bottomAnchored_ ? drop : -drop);
     setGeometry(start);
     setWindowOpacity(0);
-    if (!isVisible())
-        x11MakeSticky(winId());
     show();
+    raise(); // nothing keeps a window that bypasses the window manager above the others
     slidePosition_->setStartValue(start.topLeft());
     slidePosition_->setEndValue(target.topLeft());
     slideOpacity_->setStartValue(0.0);
