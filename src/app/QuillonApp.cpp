@@ -114,8 +114,8 @@ std::optional<QRectF> QuillonApp::trayAnchor() const {
         return QRectF(*rect);
     if (lastClick_)
         return clickedBar(*lastClick_);
-    // A StatusNotifierItem host tells nothing before the first click: the top right corner,
-    // where most trays sit, rather than a wait for a geometry that never comes.
+    // A StatusNotifierItem host tells nothing before the first click: the end of the bar where
+    // most trays sit, rather than a wait for a geometry that never comes.
     if (tray_.servesStatusNotifier())
         return clickedBar(primaryCorner());
     return std::nullopt;
@@ -125,13 +125,8 @@ QPoint QuillonApp::primaryCorner() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     if (!screen)
         return {};
-    // Where nothing is known to be reserved for a bar (a Wayland bar seen through XWayland), one
-    // of the usual thickness is taken to be there, so that nothing placed from the corner covers
-    // it.
-    constexpr double usualBarDepth = 16;
-    const QRect available = usableAreaAt(std::nullopt).value_or(screen->geometry());
-    const double depth = available == screen->geometry() ? usualBarDepth : 0;
-    return rightEndClick(available, depth, TrayEdge::top).toPoint();
+    const QRect whole = screen->geometry();
+    return cornerClick(QRectF(whole), QRectF(usableAreaAt(std::nullopt).value_or(whole))).toPoint();
 }
 
 bool QuillonApp::hasTray() const {

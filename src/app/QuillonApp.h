@@ -52,7 +52,8 @@ private:
     std::optional<QRectF> trayAnchor() const;
     // The stretch of tray bar a click on a StatusNotifierItem stands for.
     static QRectF clickedBar(const QPoint& click);
-    // A click on a tray in the top right corner of the primary screen, where most trays sit.
+    // A click on the tray of the primary screen, at the tray's end of the bar that the usable area
+    // leaves room for.
     static QPoint primaryCorner();
     // Where "Open panel" from the menu opens the panel.
     QPoint menuAnchor() const;

@@ -139,6 +139,48 @@ TEST(LiveActivityGeometry, WithoutAnIconTheCapsuleHangsInTheTopRightCorner) {
     EXPECT_LT(body(placed).top(), area.top() + 10);
 }
 
+// Before a StatusNotifierItem host reports a click, the capsule hangs from the tray's end of the
+// bar the work area leaves room for, its beak towards that bar.
+TEST(LiveActivityGeometry, BeforeAnyClickTheCapsuleSitsAtTheEndOfTheReservedBar) {
+    const QRectF whole(0, 0, 1440, 900);
+    struct Case {
+        QRectF area;
+        TrayEdge edge;
+        QPointF beakTip; // where the beak meets the bar
+    } const cases[] = {
+        {QRectF(0, 32, 1440, 868), TrayEdge::top, {1439, 32}},
+        {QRectF(0, 0, 1440, 856), TrayEdge::bottom, {1439, 856}},
+        {QRectF(48, 0, 1392, 900), TrayEdge::left, {48, 899}},
+        {QRectF(0, 0, 1400, 900), TrayEdge::right, {1400, 899}},
+        {whole, TrayEdge::top, {1408, 32}}, // nothing reserved: a usual bar along the top
+    };
+    for (const Case& c : cases) {
+        const QPointF click = cornerClick(whole, c.area);
+        const G::Placement placed = G::place(barAroundClick(click, c.area), c.area, 1);
+        const QRectF capsule = body(placed);
+        EXPECT_EQ(placed.edge, c.edge) << c.area.x() << ", " << c.area.bottom();
+        EXPECT_TRUE(c.area.contains(capsule)) << c.area.x() << ", " << c.area.bottom();
+        switch (c.edge) {
+        case TrayEdge::top:
+            EXPECT_DOUBLE_EQ(capsule.top(), c.beakTip.y());
+            break;
+        case TrayEdge::bottom:
+            EXPECT_DOUBLE_EQ(capsule.bottom(), c.beakTip.y());
+            break;
+        case TrayEdge::left:
+            EXPECT_DOUBLE_EQ(capsule.left(), c.beakTip.x() + G::screenGap);
+            break;
+        case TrayEdge::right:
+            EXPECT_DOUBLE_EQ(capsule.right(), c.beakTip.x() - G::screenGap);
+            break;
+        }
+        if (isHorizontal(c.edge)) { // at the right end, the beak as far right as it goes
+            EXPECT_DOUBLE_EQ(capsule.right(), c.area.right() - G::screenGap);
+            EXPECT_GT(placed.beakX, G::contentWidth / 2);
+        }
+    }
+}
+
 TEST(BeakedCapsule, TheTipFollowsTheBeakButStaysClearOfTheCorners) {
     const QRectF rect(100, 0, 330, 68);
     BeakedCapsule shape{5, 6, 22};

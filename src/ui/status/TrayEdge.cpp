@@ -43,3 +43,33 @@ QPointF rightEndClick(const QRectF& area, double depth, TrayEdge edge) {
     return {area.right() - 2 * depth,
             edge == TrayEdge::bottom ? area.bottom() - depth : area.top() + depth};
 }
+
+std::optional<TrayEdge> reservedEdge(const QRectF& whole, const QRectF& area) {
+    if (area.top() > whole.top())
+        return TrayEdge::top;
+    if (area.bottom() < whole.bottom())
+        return TrayEdge::bottom;
+    if (area.right() < whole.right())
+        return TrayEdge::right;
+    if (area.left() > whole.left())
+        return TrayEdge::left;
+    return std::nullopt;
+}
+
+QPointF cornerClick(const QRectF& whole, const QRectF& area) {
+    constexpr double usualBarDepth = 16;
+    // One pixel into the bar, so that the click lies outside the usable area.
+    switch (reservedEdge(whole, area).value_or(TrayEdge::top)) {
+    case TrayEdge::top:
+        if (area.top() == whole.top())
+            return rightEndClick(area, usualBarDepth, TrayEdge::top);
+        return {area.right() - 1, area.top() - 1};
+    case TrayEdge::bottom:
+        return {area.right() - 1, area.bottom()};
+    case TrayEdge::left:
+        return {area.left() - 1, area.bottom() - 1};
+    case TrayEdge::right:
+        return {area.right(), area.bottom() - 1};
+    }
+    return area.topRight();
+}

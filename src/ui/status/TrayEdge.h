@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QRectF>
+#include <optional>
 
 // The screen edge that holds the tray, seen from an icon (or a click on it) and the usable area
 // of its screen. Screen coordinates, y pointing down.
@@ -27,3 +28,13 @@ QRectF barAroundClick(const QPointF& click, const QRectF& area);
 // `area`, near its right end, lands: the place most trays sit. The point keeps twice that depth
 // from the right edge so that it still reads as a click on a top or bottom bar.
 QPointF rightEndClick(const QRectF& area, double depth, TrayEdge edge);
+
+// The edge of the screen `whole` where the usable `area` leaves room for a bar: the top, else
+// the bottom, else a side. Absent when nothing is reserved.
+std::optional<TrayEdge> reservedEdge(const QRectF& whole, const QRectF& area);
+
+// Where a click on the tray is taken to be before the tray tells anything: at the tray's end of
+// the bar the usable area leaves room for (the right end of a top or bottom bar, the lower end of
+// a side bar) or, where nothing is reserved (a Wayland bar seen
+// through XWayland), in a bar of the usual thickness along the top.
+QPointF cornerClick(const QRectF& whole, const QRectF& area);
