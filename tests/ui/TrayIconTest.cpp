@@ -3,6 +3,7 @@
 #include "support/QtPrinters.h"
 #include "support/TempPreferences.h"
 #include "ui/UiFixture.h"
+#include "ui/status/SniClickPosition.h"
 #include "ui/status/StatusPalette.h"
 #include "ui/status/ToneIcon.h"
 #include "ui/status/ToneIconCache.h"
@@ -145,4 +146,25 @@ TEST_F(UiFixture, TrayIconFollowsTheStateAndThePaletteButNotTheApplicationTheme)
     EXPECT_EQ(tray.cache().drawCount(), draws);
     palette.setError(Qt::blue);
     EXPECT_EQ(shownColour(), QColor(Qt::blue));
+}
+
+// xapp-sn-watcher reports the icon's corner away from the panel, at its left (or top) end; the
+// panel and the capsule must centre on the icon, half a panel's thickness further in.
+TEST(SniClickPosition, AnXAppCornerStandsForTheIconsCentreOnEveryPanelSide) {
+    const QRect whole(0, 0, 1440, 900);
+    struct Case {
+        QRect area;
+        QPoint corner;
+        QPoint centre;
+    } const cases[] = {
+        {QRect(0, 0, 1440, 860), {701, 860}, {721, 880}},   // bottom: the upper left corner
+        {QRect(0, 40, 1440, 860), {701, 40}, {721, 20}},    // top: the lower left corner
+        {QRect(40, 0, 1400, 900), {40, 500}, {20, 520}},    // left: the upper right corner
+        {QRect(0, 0, 1400, 900), {1400, 500}, {1420, 520}}, // right: the upper left corner
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(SniClickPosition::centreOfCorner(c.corner, whole, c.area), c.centre)
+            << c.corner.x() << ", " << c.corner.y();
+    EXPECT_TRUE(SniClickPosition::reportsCorner("xapp-sn-watcher"));
+    EXPECT_FALSE(SniClickPosition::reportsCorner("plasmashell"));
 }

@@ -1,6 +1,9 @@
 #include "ui/status/DBusMenuExporter.h"
 
+#include "ui/status/SniClickPosition.h"
+
 #include <QAction>
+#include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QEvent>
 #include <QMenu>
@@ -97,7 +100,10 @@ QVariantMap DBusMenuExporter::properties(int id) const {
 uint DBusMenuExporter::GetLayout(int parentId, int recursionDepth, const QStringList&,
                                  DBusMenuLayout& layout) {
     layout = {parentId, properties(parentId), {}};
-    if (parentId == 0 && recursionDepth != 0 && menu_) {
+    const bool toGnomeShell =
+        calledFromDBus() &&
+        SniClickPosition::isGnomeShell(SniClickPosition::programOf(message().service()));
+    if (parentId == 0 && recursionDepth != 0 && menu_ && !toGnomeShell) {
         for (int id = 1; id <= menu_->actions().size(); ++id)
             layout.children.append({id, properties(id), {}});
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusArgument>
+#include <QDBusContext>
 #include <QDBusVariant>
 #include <QList>
 #include <QObject>
@@ -43,8 +44,10 @@ Q_DECLARE_METATYPE(DBusMenuEvent)
 // The tray's menu served on the session bus, for StatusNotifierItem hosts that draw the menu
 // themselves (XFCE and waybar show no menu otherwise). A flat menu of the QMenu's actions:
 // labels, separators and disabled entries; a click triggers the action. Hosts are told of every
-// change, so a menu rebuilt while open shows its new entries.
-class DBusMenuExporter : public QObject {
+// change, so a menu rebuilt while open shows its new entries. GNOME Shell is shown an empty
+// menu: its AppIndicator extension opens a menu that has entries on a left click, instead of
+// activating the item.
+class DBusMenuExporter : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
     Q_PROPERTY(uint Version READ version)

@@ -109,6 +109,7 @@ bool StatusNotifierItem::publish() {
                            QDBusConnection::ExportAllProperties | QDBusConnection::ExportAllSlots |
                                QDBusConnection::ExportScriptableSignals);
     published_ = true;
+    hostShowsLabel_ = SniClickPosition::isGnomeShell(SniClickPosition::programOf(watcherService));
     // A panel that restarts brings a new watcher, which knows nothing of us.
     auto* watcher = new QDBusServiceWatcher(watcherService, bus,
                                             QDBusServiceWatcher::WatchForRegistration, this);
@@ -159,6 +160,14 @@ void StatusNotifierItem::setToolTip(const QString& text) {
         Q_EMIT NewToolTip();
 }
 
+void StatusNotifierItem::setLabel(const QString& text) {
+    if (label_ == text)
+        return;
+    label_ = text;
+    if (published_)
+        Q_EMIT XAyatanaNewLabel(label_, labelGuide());
+}
+
 void StatusNotifierItem::setMenu(QMenu& menu) {
     if (!menuExporter_)
         menuExporter_ = new DBusMenuExporter(menu, this);
@@ -174,12 +183,18 @@ SniToolTip StatusNotifierItem::toolTip() const {
 
 QPoint StatusNotifierItem::clickOnScreen(int x, int y) const {
     const QPoint reported(x, y);
-    if (!calledFromDBus() ||
-        !SniClickPosition::isInsideIcon(SniClickPosition::programOf(message().service()), reported))
+    if (!calledFromDBus())
         return reported;
-    const QScreen* screen = QGuiApplication::primaryScreen();
+    const QString host = SniClickPosition::programOf(message().service());
+    const QScreen* screen = QGuiApplication::screenAt(reported);
     if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    if (screen && SniClickPosition::reportsCorner(host))
+        return SniClickPosition::centreOfCorner(
+            reported, screen->geometry(), usableAreaAt(reported).value_or(screen->geometry()));
+    if (!screen || !SniClickPosition::isInsideIcon(host, reported))
         return reported;
+    screen = QGuiApplication::primaryScreen();
     // Measured from the screen's edge: a bar that reserves its room lies outside the usable area,
     // on the bottom when that is the only side where the area leaves room.
     const QRect whole = screen->geometry();
@@ -190,6 +205,12 @@ QPoint StatusNotifierItem::clickOnScreen(int x, int y) const {
 
 void StatusNotifierItem::Activate(int x, int y) {
     Q_EMIT activated(clickOnScreen(x, y));
+    // GNOME's extension stops turning single clicks into Activate once one is answered without
+    // an error; the panel is open all the same.
+    if (calledFromDBus() &&
+        SniClickPosition::isGnomeShell(SniClickPosition::programOf(message().service())))
+        sendErrorReply(QDBusError::Failed,
+                       QStringLiteral("Quillon opened its panel; keep sending single clicks"));
 }
 
 void StatusNotifierItem::SecondaryActivate(int x, int y) {

@@ -59,6 +59,9 @@ class StatusNotifierItem : public QObject, protected QDBusContext {
     Q_PROPERTY(SniToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
     Q_PROPERTY(QDBusObjectPath Menu READ menu)
+    // Text drawn beside the icon by hosts that draw labels (GNOME's AppIndicator extension).
+    Q_PROPERTY(QString XAyatanaLabel READ label)
+    Q_PROPERTY(QString XAyatanaLabelGuide READ labelGuide)
 
 public:
     explicit StatusNotifierItem(QObject* parent = nullptr);
@@ -75,6 +78,11 @@ public:
 
     void setIcon(const QIcon& icon);
     void setToolTip(const QString& text);
+    // Empty for none. Only hosts that draw labels show it.
+    void setLabel(const QString& text);
+    // Whether the host that shows the item draws its label beside the icon: then the icon can
+    // leave the text out. Known once published.
+    bool hostShowsLabel() const { return hostShowsLabel_; }
     // Exported as it is now and after every change; set before publish().
     void setMenu(QMenu& menu);
 
@@ -89,6 +97,8 @@ public:
     SniToolTip toolTip() const;
     bool itemIsMenu() const { return false; }
     QDBusObjectPath menu() const;
+    QString label() const { return label_; }
+    QString labelGuide() const { return QStringLiteral("99+"); } // the widest label
 
 public Q_SLOTS:
     void Activate(int x, int y);
@@ -105,6 +115,7 @@ Q_SIGNALS:
     Q_SCRIPTABLE void NewToolTip();
     Q_SCRIPTABLE void NewTitle();
     Q_SCRIPTABLE void NewStatus(const QString& status);
+    Q_SCRIPTABLE void XAyatanaNewLabel(const QString& label, const QString& guide);
 
 private Q_SLOTS:
     void checkForHost();
@@ -118,6 +129,8 @@ private:
     QString service_;
     SniPixmaps pixmaps_;
     QString toolTip_;
+    QString label_;
     bool published_ = false;
+    bool hostShowsLabel_ = false;
     std::function<void()> onHost_;
 };

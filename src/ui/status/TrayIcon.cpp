@@ -27,13 +27,17 @@ TrayIcon::TrayIcon(AppState& state, StatusPalette& palette, QObject* parent)
 }
 
 void TrayIcon::show() {
-    if (StatusNotifierItem::hostRuns() && sni_.publish())
+    if (StatusNotifierItem::hostRuns() && sni_.publish()) {
+        refresh(); // the host may draw the count itself
         return;
+    }
     tray_.show();
     lookAtBarLater(barLooks);
     sni_.awaitHost([this] {
-        if (sni_.publish())
+        if (sni_.publish()) {
             tray_.hide();
+            refresh();
+        }
     });
 }
 
@@ -70,14 +74,18 @@ void TrayIcon::refresh() {
     const Tone tone = state_.overallTone();
     const int count = state_.todayCount();
     const QColor text = foreground_.color();
+    // A host that draws the item's label shows the count beside the triangle, in its own text.
+    const bool countBeside = sni_.isPublished() && sni_.hostShowsLabel();
+    const int drawnCount = countBeside ? 0 : count;
     const QString key =
-        palette_.signature() + text.name() + toneName(tone) + ToneIcon::countText(count);
+        palette_.signature() + text.name() + toneName(tone) + ToneIcon::countText(drawnCount);
     if (key != shownKey_) {
-        icon_ = cache_.icon(tone, count, palette_, text);
+        icon_ = cache_.icon(tone, drawnCount, palette_, text);
         tray_.setIcon(icon_);
         sni_.setIcon(icon_);
         shownKey_ = key;
     }
+    sni_.setLabel(countBeside ? ToneIcon::countText(count) : QString());
     const QString summary = state_.statusSummary();
     if (toolTip_ != summary) {
         toolTip_ = summary;
