@@ -3,13 +3,17 @@
 #include "support/QtPrinters.h"
 #include "support/TempPreferences.h"
 #include "ui/UiFixture.h"
+#include "ui/status/DesktopBarColor.h"
 #include "ui/status/SniClickPosition.h"
 #include "ui/status/StatusPalette.h"
 #include "ui/status/ToneIcon.h"
 #include "ui/status/ToneIconCache.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QPalette>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 using namespace std::chrono_literals;
@@ -167,4 +171,45 @@ TEST(SniClickPosition, AnXAppCornerStandsForTheIconsCentreOnEveryPanelSide) {
             << c.corner.x() << ", " << c.corner.y();
     EXPECT_TRUE(SniClickPosition::reportsCorner("xapp-sn-watcher"));
     EXPECT_FALSE(SniClickPosition::reportsCorner("plasmashell"));
+}
+
+// The neutral icon must read on the bar around it, and on Plasma the bar's colour is the Plasma
+// style's, which the application colour scheme (what the portal reports) does not tell: Breeze
+// Twilight puts a dark panel beside light applications.
+TEST(DesktopBarColor, PlasmaPanelsFollowTheirStyleOrElseTheColourSchemeAndGnomesBarIsBlack) {
+    QTemporaryDir user, defaults, data;
+    const auto write = [](const QString& path, const QByteArray& text) {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(text);
+    };
+    const QStringList config{user.path(), defaults.path()};
+    const QStringList dataDirs{data.path()};
+    const QStringList kde{"KDE"};
+    write(data.filePath("plasma/desktoptheme/breeze-dark/colors"),
+          "[Colors:Button]\nBackgroundNormal=1,2,3\n[Colors:Window]\nBackgroundNormal=42,46,50\n");
+    write(data.filePath("color-schemes/BreezeLight.colors"),
+          "[Colors:Window]\nBackgroundNormal=239,240,241\n");
+    write(data.filePath("color-schemes/BreezeDark.colors"),
+          "[Colors:Window]\nBackgroundNormal=32,35,38\n");
+
+    // Nothing set: Breeze, light.
+    EXPECT_EQ(DesktopBarColor::of(kde, config, dataDirs), QColor(239, 240, 241));
+    // Breeze Twilight: light applications, the breeze-dark Plasma style from the theme's defaults.
+    write(defaults.filePath("kdeglobals"), "[General]\nColorScheme=BreezeLight\n");
+    write(defaults.filePath("plasmarc"), "[Theme]\nname=breeze-dark\n");
+    EXPECT_EQ(DesktopBarColor::of(kde, config, dataDirs), QColor(42, 46, 50));
+    // The user's own choice wins over the theme's defaults: Breeze, following Breeze Dark.
+    write(user.filePath("plasmarc"), "[Theme]\nname[$e]=default\n");
+    write(user.filePath("kdeglobals"), "[General]\nColorScheme=BreezeDark\n");
+    EXPECT_EQ(DesktopBarColor::of(kde, config, dataDirs), QColor(32, 35, 38));
+    // Colours written out in kdeglobals come first.
+    write(user.filePath("kdeglobals"), "[Colors:Window]\nBackgroundNormal=200,10,10\n");
+    EXPECT_EQ(DesktopBarColor::of(kde, config, dataDirs), QColor(200, 10, 10));
+
+    EXPECT_EQ(DesktopBarColor::of({"GNOME"}, config, dataDirs), QColor(Qt::black));
+    EXPECT_EQ(DesktopBarColor::of({"ubuntu", "GNOME"}, config, dataDirs), QColor(Qt::black));
+    EXPECT_EQ(DesktopBarColor::of({"GNOME-Classic", "GNOME"}, config, dataDirs), std::nullopt);
+    EXPECT_EQ(DesktopBarColor::of({"XFCE"}, config, dataDirs), std::nullopt);
 }

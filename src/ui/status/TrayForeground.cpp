@@ -1,5 +1,6 @@
 #include "ui/status/TrayForeground.h"
 
+#include "ui/status/DesktopBarColor.h"
 #include "ui/status/TrayEdge.h"
 #include "ui/status/UsableArea.h"
 #include "ui/status/X11TrayColors.h"
@@ -58,7 +59,14 @@ QColor TrayForeground::forScheme(uint scheme) {
 QColor TrayForeground::current() {
     if (const std::optional<QColor> tray = x11TrayForeground())
         return *tray;
+    if (const std::optional<QColor> bar = DesktopBarColor::current())
+        return forBar(*bar);
     return forScheme(portalColorScheme().value_or(0));
+}
+
+QColor TrayForeground::forBar(const QColor& bar) {
+    constexpr int lightBar = 140;
+    return bar.lightness() > lightBar ? dark : light;
 }
 
 void TrayForeground::set(const QColor& color) {
@@ -78,13 +86,13 @@ void TrayForeground::followBarAround(const QRect& icon) {
     if (!bar)
         return;
     barSeen_ = true;
-    constexpr int lightBar = 140;
-    set(bar->lightness() > lightBar ? dark : light);
+    set(forBar(*bar));
 }
 
 void TrayForeground::onSettingChanged(const QString& group, const QString& key,
                                       const QDBusVariant& value) {
-    if (group != appearance || key != colorScheme || barSeen_ || x11TrayForeground())
+    if (group != appearance || key != colorScheme || barSeen_ || x11TrayForeground() ||
+        DesktopBarColor::current())
         return;
     set(forScheme(unwrap(value.variant()).toUInt()));
 }

@@ -7,7 +7,8 @@
 // The colour of the neutral triangle and of the count: the colour of the panel that holds the
 // tray, not the application's text colour (a light application theme on a dark panel would
 // draw black on black). In order: the colours an XEmbed tray declares; else, for an XEmbed tray
-// that declares none, the opposite of the bar seen beside the icon; else the desktop's
+// that declares none, the opposite of the bar seen beside the icon; else the opposite of the
+// bar's colour where the desktop states it (Plasma, GNOME Shell); else the desktop's
 // colour-scheme preference from the portal; else light, since most panels are dark.
 class TrayForeground : public QObject {
     Q_OBJECT
@@ -30,6 +31,7 @@ private Q_SLOTS:
 
 private:
     static QColor forScheme(uint scheme);
+    static QColor forBar(const QColor& bar);
     static QColor current();
 
     void set(const QColor& color);
