@@ -82,6 +82,10 @@ BeakedCapsule LiveActivityView::outline() const {
     return shape;
 }
 
+QPainterPath LiveActivityView::body() const {
+    return outline().path(shapeRect());
+}
+
 QPainterPath LiveActivityView::coverage() const {
     // The outermost copies of the shadow reach `spread` beyond the body on either side. The beak
     // is the body's own: a beak drawn on the wide outline would be clamped to other limits and,

@@ -43,6 +43,8 @@ public:
     // The outline of everything the backdrop covers, in the view's coordinates: what takes
     // clicks and, without a compositor, what is painted at all.
     QPainterPath coverage() const;
+    // The capsule with its beak alone, without the shadow: the part that takes clicks.
+    QPainterPath body() const;
 
     QList<LiveActivityRow*> rows() const { return rows_; }
     bool isTicking() const { return ticker_.isActive(); }

@@ -3,6 +3,7 @@
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityView.h"
+#include "ui/status/X11InputShape.h"
 
 #include <QPainterPath>
 
@@ -68,7 +69,8 @@ void LiveActivityWindow::slideIn(const QRect& whole) {
     setGeometry(start);
     setWindowOpacity(0);
     show();
-    raise(); // nothing keeps a window that bypasses the window manager above the others
+    updateMask(); // its input shape needs the X window
+    raise();      // nothing keeps a window that bypasses the window manager above the others
     slidePosition_->setStartValue(start.topLeft());
     slidePosition_->setEndValue(target.topLeft());
     slideOpacity_->setStartValue(0.0);
@@ -112,7 +114,12 @@ void LiveActivityWindow::slideOut(std::function<void()> finished) {
 // Only the capsule takes clicks, so the margin kept for its shadow never covers the tray icon
 // it hangs from; without a compositor the margin is not painted black either.
 void LiveActivityWindow::updateMask() {
-    setMask(QRegion(view_->coverage().toFillPolygon().toPolygon()).translated(view_->pos()));
+    const auto region = [this](const QPainterPath& path) {
+        return QRegion(path.toFillPolygon().toPolygon()).translated(view_->pos());
+    };
+    setMask(region(view_->coverage()));
+    if (testAttribute(Qt::WA_WState_Created))
+        x11SetInputShape(winId(), region(view_->body()));
 }
 
 void LiveActivityWindow::resizeEvent(QResizeEvent* event) {
