@@ -6,10 +6,12 @@
 #include "core/monitor/StatusJson.h"
 #include "demo/DemoHotKeyBinding.h"
 #include "ui/panel/PanelPlacement.h"
+#include "ui/panel/PanelShield.h"
 #include "ui/panel/PanelView.h"
 #include "ui/settings/SettingsWindow.h"
 #include "ui/status/TrayEdge.h"
 #include "ui/status/UsableArea.h"
+#include "ui/status/WaylandSession.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -147,12 +149,23 @@ QRectF QuillonApp::clickedBar(const QPoint& click) {
 }
 
 void QuillonApp::openPanel(const QPoint& position) {
+    const QString token = tray_.takeActivationToken();
+    // A click on the icon of an open panel closes it, as it would a menu; a double click's
+    // second half does not.
+    constexpr int secondHalfMs = 500;
+    if (panel_ && panel_->isVisible()) {
+        if (panelShown_.elapsed() > secondHalfMs)
+            panel_->hide();
+        return;
+    }
     lastClick_ = position;
     if (!panel_) {
         panel_ = std::make_unique<PanelView>(state_, palette_);
         panel_->setWindowFlags(Qt::Popup | Qt::FramelessWindowHint);
         connect(panel_.get(), &PanelView::contentResized, this, &QuillonApp::placePanel);
         connect(panel_.get(), &PanelView::quillonOpenSettings, this, &QuillonApp::showSettings);
+        if (inWaylandSession())
+            shield_ = std::make_unique<PanelShield>(*panel_);
     }
     const QRectF bar = clickedBar(position);
     panelIcon_ = tray_.geometry().value_or(
@@ -160,8 +173,12 @@ void QuillonApp::openPanel(const QPoint& position) {
               QSize(std::max(1, qRound(bar.width())), std::max(1, qRound(bar.height())))));
     panel_->redraw();
     placePanel();
+    if (shield_)
+        shield_->cover(usableAreaAt(panelIcon_.center()).value_or(panel_->geometry()), token);
     panel_->show();
+    panel_->raise();
     panel_->activateWindow();
+    panelShown_.start();
 }
 
 void QuillonApp::placePanel() {

@@ -13,11 +13,13 @@
 #include "core/update/AppcastUpdater.h"
 #include "core/update/UpdateAnnouncer.h"
 
+#include <QElapsedTimer>
 #include <QMenu>
 #include <QObject>
 #include <memory>
 #include <optional>
 
+class PanelShield;
 class PanelView;
 class SettingsWindow;
 class UpdateService;
@@ -67,6 +69,8 @@ private:
     TrayIcon tray_;
     QMenu menu_;
     std::unique_ptr<PanelView> panel_;
+    std::unique_ptr<PanelShield> shield_; // on Wayland sessions, while the panel is open
+    QElapsedTimer panelShown_;
     std::unique_ptr<SettingsWindow> settings_; // created on first use
     AppcastUpdater updater_;
     UpdateAnnouncer announcer_{updater_, services_.notifications, Preferences::standard()};

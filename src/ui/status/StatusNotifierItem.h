@@ -105,6 +105,12 @@ public Q_SLOTS:
     void SecondaryActivate(int x, int y);
     void ContextMenu(int x, int y);
     void Scroll(int delta, const QString& orientation);
+    // Sent by hosts before Activate: lets a window of ours take the keyboard on Wayland.
+    void ProvideXdgActivationToken(const QString& token) { activationToken_ = token; }
+
+public:
+    // The token the host gave with its last click, once.
+    QString takeActivationToken() { return std::exchange(activationToken_, QString()); }
 
 Q_SIGNALS:
     // Both at the position the host gave, in screen coordinates.
@@ -130,6 +136,7 @@ private:
     SniPixmaps pixmaps_;
     QString toolTip_;
     QString label_;
+    QString activationToken_;
     bool published_ = false;
     bool hostShowsLabel_ = false;
     std::function<void()> onHost_;

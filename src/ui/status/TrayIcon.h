@@ -30,6 +30,8 @@ public:
     const QIcon& icon() const { return icon_; }
     const QString& toolTip() const { return toolTip_; }
     bool servesStatusNotifier() const { return sni_.isPublished(); }
+    // The Wayland activation token the host sent with the last click, once.
+    QString takeActivationToken() { return sni_.takeActivationToken(); }
     // The icon's own rectangle on screen, when the tray tells it.
     std::optional<QRect> geometry() const;
 

@@ -1,0 +1,84 @@
+#include "ui/panel/PanelShield.h"
+
+#include "ui/status/X11Connection.h"
+
+#include <QEvent>
+#include <QTimer>
+
+namespace {
+
+void setX11Property(WId window, const char* name, const char* type, int format, const void* data,
+                    uint32_t length) {
+    xcb_connection_t* connection = x11Connection();
+    if (!connection)
+        return;
+    const xcb_atom_t property = x11Atom(connection, name);
+    const xcb_atom_t kind = x11Atom(connection, type);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window),
+                        property, kind, uint8_t(format), length, data);
+    xcb_flush(connection);
+}
+
+} // namespace
+
+PanelShield::PanelShield(QWidget& panel)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
+      panel_(&panel) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setWindowTitle(QStringLiteral("Quillon"));
+    panel.installEventFilter(this);
+}
+
+void PanelShield::cover(const QRect& area, const QString& activationToken) {
+    setGeometry(area);
+    const WId window = winId();
+    // Neither in the taskbar nor in the window switcher.
+    xcb_connection_t* connection = x11Connection();
+    if (connection) {
+        const xcb_atom_t states[] = {x11Atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
+                                     x11Atom(connection, "_NET_WM_STATE_SKIP_PAGER"),
+                                     x11Atom(connection, "_NET_WM_STATE_ABOVE")};
+        setX11Property(window, "_NET_WM_STATE", "ATOM", 32, states, 3);
+        if (!activationToken.isEmpty()) {
+            const QByteArray id = activationToken.toUtf8();
+            setX11Property(window, "_NET_STARTUP_ID", "UTF8_STRING", 8, id.constData(),
+                           uint32_t(id.size()));
+        }
+    }
+    heldKeyboard_ = false;
+    showNormal();
+    raise();
+    activateWindow();
+}
+
+void PanelShield::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isVisible())
+        return;
+    if (isActiveWindow()) {
+        heldKeyboard_ = true;
+    } else if (panel_ && panel_->isVisible()) {
+        if (heldKeyboard_)
+            panel_->hide();
+    } else {
+        hide(); // it has given the keyboard back
+    }
+}
+
+bool PanelShield::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != panel_ || event->type() != QEvent::Hide || !isVisible())
+        return QWidget::eventFilter(watched, event);
+    if (!isActiveWindow()) {
+        hide();
+    } else {
+        // Mutter 43 aborts when a window it gave the keyboard to is withdrawn with it: minimised,
+        // the window hands the keyboard back first, and hides once it has.
+        showMinimized();
+        constexpr int giveBackMs = 1000;
+        QTimer::singleShot(giveBackMs, this, [this] {
+            if (!panel_ || !panel_->isVisible())
+                hide();
+        });
+    }
+    return QWidget::eventFilter(watched, event);
+}
