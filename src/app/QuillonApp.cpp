@@ -177,7 +177,10 @@ void QuillonApp::openPanel(const QPoint& position) {
         shield_->cover(usableAreaAt(panelIcon_.center()).value_or(panel_->geometry()), token);
     panel_->show();
     panel_->raise();
-    panel_->activateWindow();
+    // Under the shield the panel takes the keys through its grab. Given the X input focus, it
+    // would have Mutter 43 abort when it closes: that window bypasses the window manager.
+    if (!shield_)
+        panel_->activateWindow();
     panelShown_.start();
 }
 

@@ -181,6 +181,22 @@ TEST(LiveActivityGeometry, BeforeAnyClickTheCapsuleSitsAtTheEndOfTheReservedBar)
     }
 }
 
+// Where the compositor ignores the window's shape, the window must end where the bar begins:
+// a click reported one pixel into a bottom bar 44 pixels thick stands for the whole bar.
+TEST(LiveActivityGeometry, OverTheBarTheWindowIsCutWhereTheBarBegins) {
+    const QRectF bottomArea(0, 0, 1440, 856);
+    const QRectF click(1223, 877, 0, 0);
+    const G::Placement placed = G::place(click, bottomArea, 1);
+    const QMargins cut = G::overTray(placed.frame, click, bottomArea, placed.edge);
+    EXPECT_EQ(placed.frame.bottom() - cut.bottom(), bottomArea.bottom());
+    EXPECT_EQ(cut.top() + cut.left() + cut.right(), 0);
+    const QRectF icon(700, 0, 37, 25); // a top bar that reserves nothing: the icon tells
+    const G::Placement under = G::place(icon, QRectF(0, 0, 1440, 900), 1);
+    EXPECT_EQ(under.frame.top() +
+                  G::overTray(under.frame, icon, QRectF(0, 0, 1440, 900), under.edge).top(),
+              icon.bottom());
+}
+
 TEST(BeakedCapsule, TheTipFollowsTheBeakButStaysClearOfTheCorners) {
     const QRectF rect(100, 0, 330, 68);
     BeakedCapsule shape{5, 6, 22};

@@ -3,7 +3,6 @@
 #include "ui/status/X11Connection.h"
 
 #include <QEvent>
-#include <QTimer>
 
 namespace {
 
@@ -57,28 +56,13 @@ void PanelShield::changeEvent(QEvent* event) {
         return;
     if (isActiveWindow()) {
         heldKeyboard_ = true;
-    } else if (panel_ && panel_->isVisible()) {
-        if (heldKeyboard_)
-            panel_->hide();
-    } else {
-        hide(); // it has given the keyboard back
+    } else if (heldKeyboard_ && panel_) {
+        panel_->hide();
     }
 }
 
 bool PanelShield::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != panel_ || event->type() != QEvent::Hide || !isVisible())
-        return QWidget::eventFilter(watched, event);
-    if (!isActiveWindow()) {
+    if (watched == panel_ && event->type() == QEvent::Hide)
         hide();
-    } else {
-        // Mutter 43 aborts when a window it gave the keyboard to is withdrawn with it: minimised,
-        // the window hands the keyboard back first, and hides once it has.
-        showMinimized();
-        constexpr int giveBackMs = 1000;
-        QTimer::singleShot(giveBackMs, this, [this] {
-            if (!panel_ || !panel_->isVisible())
-                hide();
-        });
-    }
     return QWidget::eventFilter(watched, event);
 }

@@ -143,13 +143,16 @@ void LiveActivityController::show() {
         return;
     }
     visible_ = true;
-    const G::Placement placement = G::place(anchor, screenArea(anchor), rows);
+    const QRectF area = screenArea(anchor);
+    const G::Placement placement = G::place(anchor, area, rows);
     model_.setBeakX(placement.beakX);
     const bool bottom = placement.edge == TrayEdge::bottom;
     model_.setBeakEdge(placement.edge);
     window_->setBottomAnchored(bottom);
+    // KWin and wlroots give an XWayland window the clicks over its whole rectangle, whatever
+    // its input shape: there the window stops where the bar begins.
     window_->setCut(anchor && inWaylandSession()
-                        ? G::overTray(placement.frame, *anchor, placement.edge)
+                        ? G::overTray(placement.frame, *anchor, area, placement.edge)
                         : QMargins());
     const QRectF& f = placement.frame;
     window_->slideIn(QRect(qRound(f.x()), qRound(f.y()), qRound(f.width()), qRound(f.height())));

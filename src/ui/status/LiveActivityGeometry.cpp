@@ -55,17 +55,17 @@ Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows)
     return framed(QRectF(x, top, contentWidth, height), anchor - x, edge);
 }
 
-QMargins overTray(const QRectF& frame, const QRectF& item, TrayEdge edge) {
+QMargins overTray(const QRectF& frame, const QRectF& item, const QRectF& area, TrayEdge edge) {
     const auto depth = [](double overlap) { return std::max(0, qCeil(overlap)); };
     switch (edge) {
     case TrayEdge::top:
-        return {0, depth(item.bottom() - frame.top()), 0, 0};
+        return {0, depth(std::max(item.bottom(), area.top()) - frame.top()), 0, 0};
     case TrayEdge::bottom:
-        return {0, 0, 0, depth(frame.bottom() - item.top())};
+        return {0, 0, 0, depth(frame.bottom() - std::min(item.top(), area.bottom()))};
     case TrayEdge::left:
-        return {depth(item.right() - frame.left()), 0, 0, 0};
+        return {depth(std::max(item.right(), area.left()) - frame.left()), 0, 0, 0};
     case TrayEdge::right:
-        return {0, 0, depth(frame.right() - item.left()), 0};
+        return {0, 0, depth(frame.right() - std::min(item.left(), area.right())), 0};
     }
     return {};
 }

@@ -38,7 +38,8 @@ struct Placement {
 // Without an item: in the top right corner of the area.
 Placement place(const std::optional<QRectF>& item, const QRectF& area, int rows);
 
-// The part of the window `frame`, on the tray's side, that lies over the tray `item`.
-QMargins overTray(const QRectF& frame, const QRectF& item, TrayEdge edge);
+// The part of the window `frame`, on the tray's side, that lies over the tray `item` or beyond
+// the usable `area`, where the bar is.
+QMargins overTray(const QRectF& frame, const QRectF& item, const QRectF& area, TrayEdge edge);
 
 } // namespace LiveActivityGeometry
