@@ -6,12 +6,13 @@
 #include "core/monitor/StatusJson.h"
 #include "demo/DemoHotKeyBinding.h"
 #include "ui/panel/PanelPlacement.h"
-#include "ui/panel/PanelShield.h"
 #include "ui/panel/PanelView.h"
+#include "ui/panel/PopupShield.h"
 #include "ui/settings/SettingsWindow.h"
 #include "ui/status/TrayEdge.h"
 #include "ui/status/UsableArea.h"
 #include "ui/status/WaylandSession.h"
+#include "ui/status/X11StartupNotification.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -43,10 +44,7 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
             Qt::QueuedConnection);
     tray_.setContextMenu(menu_);
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
-    connect(&tray_, &TrayIcon::menuRequested, this, [this](QPoint position) {
-        lastClick_ = position;
-        menu_.popup(position);
-    });
+    connect(&tray_, &TrayIcon::menuRequested, this, &QuillonApp::openMenu);
 }
 
 QuillonApp::~QuillonApp() = default;
@@ -156,6 +154,7 @@ void QuillonApp::openPanel(const QPoint& position) {
     if (panel_ && panel_->isVisible()) {
         if (panelShown_.elapsed() > secondHalfMs)
             panel_->hide();
+        completeStartup(token, *panel_);
         return;
     }
     lastClick_ = position;
@@ -164,11 +163,7 @@ void QuillonApp::openPanel(const QPoint& position) {
         panel_->setWindowFlags(Qt::Popup | Qt::FramelessWindowHint);
         connect(panel_.get(), &PanelView::contentResized, this, &QuillonApp::placePanel);
         connect(panel_.get(), &PanelView::quillonOpenSettings, this, &QuillonApp::showSettings);
-        // Mutter 43 aborts (and takes a Wayland session with it) when the shield is withdrawn
-        // after holding the keyboard under a grabbing panel: not under GNOME until that is solved.
-        if (inWaylandSession() &&
-            !qEnvironmentVariable("XDG_CURRENT_DESKTOP").contains(QLatin1String("GNOME")))
-            shield_ = std::make_unique<PanelShield>(*panel_);
+        panelShield_ = shieldFor(*panel_);
     }
     const QRectF bar = clickedBar(position);
     panelIcon_ = tray_.geometry().value_or(
@@ -176,15 +171,47 @@ void QuillonApp::openPanel(const QPoint& position) {
               QSize(std::max(1, qRound(bar.width())), std::max(1, qRound(bar.height())))));
     panel_->redraw();
     placePanel();
-    if (shield_)
-        shield_->cover(usableAreaAt(panelIcon_.center()).value_or(panel_->geometry()), token);
+    shield(panelShield_.get(), panelIcon_.center(), token);
     panel_->show();
     panel_->raise();
-    // Under the shield the panel takes the keys through its grab. Given the X input focus, it
-    // would have Mutter 43 abort when it closes: that window bypasses the window manager.
-    if (!shield_)
+    // Under the shield the panel takes the keys through its grab: made the active window, it
+    // would take the keyboard from the shield, which closes it.
+    if (!panelShield_)
         panel_->activateWindow();
+    completeStartup(token, *panel_);
     panelShown_.start();
+}
+
+void QuillonApp::openMenu(const QPoint& position) {
+    const QString token = tray_.takeActivationToken();
+    lastClick_ = position;
+    if (!menuShield_)
+        menuShield_ = shieldFor(menu_);
+    shield(menuShield_.get(), position, token);
+    // At the click, moved off the bar into the usable area: below a top bar, above a bottom one.
+    const std::optional<QRect> area = usableAreaAt(position);
+    menu_.popup(area ? QPoint(std::clamp(position.x(), area->left(), area->right()),
+                              std::clamp(position.y(), area->top(), area->bottom()))
+                     : position);
+    completeStartup(token, menu_);
+}
+
+std::unique_ptr<PopupShield> QuillonApp::shieldFor(QWidget& popup) {
+    if (!inWaylandSession())
+        return nullptr;
+    const bool gnome = qEnvironmentVariable("XDG_CURRENT_DESKTOP").contains(QLatin1String("GNOME"));
+    return std::make_unique<PopupShield>(popup, gnome ? PopupShield::Bars::takeClicks
+                                                      : PopupShield::Bars::passClicks);
+}
+
+void QuillonApp::shield(PopupShield* shield, const QPoint& near, const QString& token) {
+    if (!shield)
+        return;
+    const QScreen* screen = QGuiApplication::screenAt(near);
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    const QRect whole = screen ? screen->geometry() : QRect(near, QSize(1, 1));
+    shield->cover(whole, usableAreaAt(near).value_or(whole), token);
 }
 
 void QuillonApp::placePanel() {

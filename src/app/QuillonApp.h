@@ -19,7 +19,7 @@
 #include <memory>
 #include <optional>
 
-class PanelShield;
+class PopupShield;
 class PanelView;
 class SettingsWindow;
 class UpdateService;
@@ -49,6 +49,11 @@ private:
     // The tray's right-click menu, in the current language.
     void buildMenu();
     void openPanel(const QPoint& position);
+    void openMenu(const QPoint& position);
+    // Shields for a popup where it needs one (Wayland sessions), and raises one over the screen
+    // `near` is on.
+    static std::unique_ptr<PopupShield> shieldFor(QWidget& popup);
+    static void shield(PopupShield* shield, const QPoint& near, const QString& token);
     // Keeps the open panel next to the tray icon, inside the screen with a margin.
     void placePanel();
     std::optional<QRectF> trayAnchor() const;
@@ -69,7 +74,9 @@ private:
     TrayIcon tray_;
     QMenu menu_;
     std::unique_ptr<PanelView> panel_;
-    std::unique_ptr<PanelShield> shield_; // on Wayland sessions, while the panel is open
+    // On Wayland sessions, under the panel and the menu while they are open.
+    std::unique_ptr<PopupShield> panelShield_;
+    std::unique_ptr<PopupShield> menuShield_;
     QElapsedTimer panelShown_;
     std::unique_ptr<SettingsWindow> settings_; // created on first use
     AppcastUpdater updater_;

@@ -8,6 +8,7 @@
 #include "ui/status/StatusPalette.h"
 #include "ui/status/ToneIcon.h"
 #include "ui/status/ToneIconCache.h"
+#include "ui/status/X11StartupNotification.h"
 
 #include <QApplication>
 #include <QDir>
@@ -171,6 +172,30 @@ TEST(SniClickPosition, AnXAppCornerStandsForTheIconsCentreOnEveryPanelSide) {
             << c.corner.x() << ", " << c.corner.y();
     EXPECT_TRUE(SniClickPosition::reportsCorner("xapp-sn-watcher"));
     EXPECT_FALSE(SniClickPosition::reportsCorner("plasmashell"));
+}
+
+// A click that hands over the keyboard starts a launch, and GNOME Shell shows the busy pointer
+// until a "remove" message ends it: 20-byte pieces of one NUL-terminated text, quoted. A text
+// that fills its last piece exactly needs one more piece for its NUL, or the message never ends.
+TEST(StartupNotification, TheRemoveMessageIsQuotedAndEndsWithANul) {
+    const auto joined = [](const QList<QByteArray>& pieces) {
+        QByteArray all;
+        for (const QByteArray& piece : pieces) {
+            EXPECT_EQ(piece.size(), 20);
+            all += piece;
+        }
+        return all;
+    };
+    const QList<QByteArray> short_ = startupRemovePieces("a");
+    EXPECT_EQ(short_.size(), 1);
+    EXPECT_EQ(joined(short_), QByteArray("remove: ID=\"a\"").leftJustified(20, '\0'));
+    // `remove: ID="1234567"` is 20 bytes: its NUL opens a second piece.
+    const QList<QByteArray> exact = startupRemovePieces("1234567");
+    ASSERT_EQ(exact.size(), 2);
+    EXPECT_EQ(exact[0], "remove: ID=\"1234567\"");
+    EXPECT_EQ(exact[1], QByteArray(20, '\0'));
+    const QByteArray quoted = joined(startupRemovePieces("gnome-shell/x\"y\\z-0_TIME7"));
+    EXPECT_EQ(QByteArray(quoted.constData()), "remove: ID=\"gnome-shell/x\\\"y\\\\z-0_TIME7\"");
 }
 
 // The neutral icon must read on the bar around it, and on Plasma the bar's colour is the Plasma

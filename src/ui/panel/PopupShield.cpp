@@ -1,4 +1,4 @@
-#include "ui/panel/PanelShield.h"
+#include "ui/panel/PopupShield.h"
 
 #include "ui/status/X11Connection.h"
 
@@ -20,15 +20,28 @@ void setX11Property(WId window, const char* name, const char* type, int format, 
 
 } // namespace
 
-PanelShield::PanelShield(QWidget& panel)
+PopupShield::PopupShield(QWidget& popup, Bars bars)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
-      panel_(&panel) {
+      popup_(&popup) {
     setAttribute(Qt::WA_TranslucentBackground);
     setWindowTitle(QStringLiteral("Quillon"));
-    panel.installEventFilter(this);
+    if (bars == Bars::takeClicks) {
+        bars_ = std::make_unique<QWidget>(nullptr, Qt::Window | Qt::FramelessWindowHint |
+                                                       Qt::X11BypassWindowManagerHint |
+                                                       Qt::WindowStaysOnTopHint);
+        bars_->setAttribute(Qt::WA_TranslucentBackground);
+        bars_->setAttribute(Qt::WA_ShowWithoutActivating);
+    }
+    popup.installEventFilter(this);
 }
 
-void PanelShield::cover(const QRect& area, const QString& activationToken) {
+PopupShield::~PopupShield() = default;
+
+void PopupShield::cover(const QRect& screen, const QRect& area, const QString& activationToken) {
+    if (bars_) {
+        bars_->setGeometry(screen);
+        bars_->show();
+    }
     setGeometry(area);
     const WId window = winId();
     // Neither in the taskbar nor in the window switcher.
@@ -50,19 +63,22 @@ void PanelShield::cover(const QRect& area, const QString& activationToken) {
     activateWindow();
 }
 
-void PanelShield::changeEvent(QEvent* event) {
+void PopupShield::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() != QEvent::ActivationChange || !isVisible())
         return;
     if (isActiveWindow()) {
         heldKeyboard_ = true;
-    } else if (heldKeyboard_ && panel_) {
-        panel_->hide();
+    } else if (heldKeyboard_ && popup_) {
+        popup_->hide();
     }
 }
 
-bool PanelShield::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == panel_ && event->type() == QEvent::Hide)
+bool PopupShield::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == popup_ && event->type() == QEvent::Hide) {
         hide();
+        if (bars_)
+            bars_->hide();
+    }
     return QWidget::eventFilter(watched, event);
 }

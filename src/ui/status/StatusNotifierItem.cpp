@@ -214,7 +214,13 @@ void StatusNotifierItem::Activate(int x, int y) {
 }
 
 void StatusNotifierItem::SecondaryActivate(int x, int y) {
-    Q_EMIT activated(clickOnScreen(x, y));
+    // GNOME's extension shows the menu it was given on a right click, and Quillon gives it an
+    // empty one so that a left click opens the panel: there a middle click opens the menu.
+    if (calledFromDBus() &&
+        SniClickPosition::isGnomeShell(SniClickPosition::programOf(message().service())))
+        Q_EMIT contextMenuRequested(clickOnScreen(x, y));
+    else
+        Q_EMIT activated(clickOnScreen(x, y));
 }
 
 void StatusNotifierItem::ContextMenu(int x, int y) {
