@@ -18,6 +18,7 @@
 #include <QCursor>
 #include <QDesktopServices>
 #include <QScreen>
+#include <algorithm>
 
 namespace {
 
