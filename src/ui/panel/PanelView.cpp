@@ -117,6 +117,11 @@ PanelView::PanelView(AppState& state, StatusPalette& palette, QWidget* parent)
     root->setSpacing(0);
     buildHeader(root);
     root->addWidget(rule(0.07, 0, this));
+    notices_ = new QLabel(this);
+    notices_->setWordWrap(true);
+    notices_->setTextFormat(Qt::PlainText);
+    notices_->setContentsMargins(16, 8, 16, 8);
+    root->addWidget(notices_);
     bodyHolder_ = new QVBoxLayout;
     bodyHolder_->setContentsMargins(0, 0, 0, 0);
     bodyHolder_->setSpacing(0);
@@ -265,6 +270,10 @@ QString PanelView::lastRefreshText() const {
     return lastRefresh_->isHidden() ? QString() : lastRefresh_->text();
 }
 
+QString PanelView::noticesText() const {
+    return notices_->isHidden() ? QString() : notices_->text();
+}
+
 QString PanelView::bodyTitle() const {
     return cardTitle_ ? cardTitle_->text() : QString();
 }
@@ -275,6 +284,7 @@ QString PanelView::bodyMessage() const {
 
 void PanelView::redraw() {
     updateHeader();
+    updateNotices();
     const Body body =
         bodyFor(state_.connection(), !state_.snapshots().isEmpty(), state_.hasLoadedOnce());
     accentId_ = body == Body::list ? accentProjectId(state_.snapshots()) : std::nullopt;
@@ -330,6 +340,16 @@ void PanelView::updateHeader() {
     quit_->setText(Language::text("Quit", "Quitter"));
 }
 
+// Shown only while connected: a failed connection has a body card of its own.
+void PanelView::updateNotices() {
+    const QStringList notices =
+        state_.connection().isConnected() ? state_.notices() : QStringList();
+    notices_->setVisible(!notices.isEmpty());
+    notices_->setText(notices.join(QLatin1Char('\n')));
+    notices_->setStyleSheet(
+        QStringLiteral("color: %1; font-size: 11px;").arg(cssColor(palette_.queued())));
+}
+
 void PanelView::updateRefreshSpin() {
     if (state_.isRefreshing() && isVisible()) {
         spinSettle_.stop();
@@ -365,8 +385,10 @@ void PanelView::updateFooter() {
     if (pause.isPaused())
         lastRefresh_->setText(pause.pausedUntilText());
     else if (last)
-        lastRefresh_->setText(Language::text("Updated ", "Mis à jour ") +
-                              relativeAgeText(last, state_.clock().now()));
+        lastRefresh_->setText(
+            Language::text("Updated ", "Mis à jour ") +
+            relativeAgeText(last, state_.clock().now()) +
+            (state_.isStale() ? Language::text(" · stale", " · pas à jour") : QString()));
 }
 
 void PanelView::updateRows() {
