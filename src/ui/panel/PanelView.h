@@ -112,6 +112,7 @@ private:
     PrismHero* hero_ = nullptr;
     QLabel* status_ = nullptr;
     QLabel* notices_ = nullptr;
+    QStringList shownNotices_;
     QToolButton* refresh_ = nullptr;
     QToolButton* settings_ = nullptr;
     QToolButton* quit_ = nullptr;
