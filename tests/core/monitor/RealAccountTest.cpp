@@ -173,7 +173,9 @@ TEST_F(EngineFixture, RequestsStayUnderTheAnnouncedLimitAndARateLimitIsWaitedOut
     while (account.rateLimitedCount() == 0)
         runFor(1s);
     ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing(); }));
+    // The other scopes of that pass sent nothing.
     const int refused = account.rateLimitedCount();
+    EXPECT_EQ(refused, 1);
     const auto held = server.requests().size();
     const QDateTime windowEnd =
         QDateTime::fromSecsSinceEpoch((clock.now().toSecsSinceEpoch() / 60 + 1) * 60);
