@@ -131,7 +131,7 @@ TEST_F(QuillonCliTest, UserAndDeploymentsPrintWhatVercelAnswers) {
                                             "Fix checkout rounding", "5 min ago"}));
     EXPECT_EQ(cells(lines[1]), (QStringList{"Failed", "docs", "feat/search", "a1b2c3d",
                                             "Add search page", "3 h ago"}));
-    EXPECT_EQ(cells(lines[2]), (QStringList{"No deployment", "-", "-", "-", "-", "-"}));
+    EXPECT_EQ(cells(lines[2]), (QStringList{"State WHATEVER", "-", "-", "-", "-", "-"}));
     // Aligned: every line starts its second column at the same place.
     EXPECT_EQ(lines[0].indexOf("storefront"), lines[1].indexOf("docs"));
     EXPECT_EQ(personal.out, team.out);
@@ -210,6 +210,48 @@ TEST_F(QuillonCliTest, WatchJsonGivesOneParsableObjectPerPass) {
     EXPECT_EQ(demoPass["projects"].toArray().size(), 6);
     EXPECT_TRUE(demoPass["projects"].toArray().at(0).toObject()["url"].isNull());
     EXPECT_EQ(account.requestCount("/v2/user"), 1);
+}
+
+// Real accounts: many pages of projects and deployments, a team that wants SAML, a rate limit.
+TEST_F(QuillonCliTest, ListingsPageThroughAndWatchSaysWhatKeepsATeamOrVercelBack) {
+    account.addSamlTeam("team_saml", "acme", "Acme Team");
+    for (int i = 0; i < 250; ++i)
+        account.addProject("", QStringLiteral("p_%1").arg(i), QStringLiteral("app-%1").arg(i));
+    const double now = static_cast<double>(QDateTime::currentMSecsSinceEpoch());
+    int today = 0;
+    for (int i = 0; i < 130; ++i) {
+        const double created = now - 1000.0 * (i + 1);
+        today += QDateTime::fromMSecsSinceEpoch(qint64(created)).date() == QDate::currentDate();
+        account.addDeployment("", FakeVercelAccount::deployment(QStringLiteral("d_%1").arg(i),
+                                                                "p_1", "READY", created, created));
+    }
+    const QString saml = "Acme Team requires SAML sign-in: sign in on vercel.com.\n";
+
+    const CliRun projects = run({"projects"});
+    ASSERT_EQ(projects.exitCode, 0) << projects.err.toStdString();
+    const QStringList listed = projects.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(listed.size(), 250);
+    EXPECT_EQ(cells(listed.first()), (QStringList{"x", "app-0", "ada", "p_0"}));
+    EXPECT_EQ(projects.err, saml);
+
+    const CliRun deployments = run({"deployments"});
+    ASSERT_EQ(deployments.exitCode, 0) << deployments.err.toStdString();
+    EXPECT_GE(deployments.out.count('\n'), std::max(today, 100));
+
+    const CliRun watch = run({"watch", "--once"});
+    ASSERT_EQ(watch.exitCode, 0) << watch.err.toStdString();
+    EXPECT_EQ(watch.err, saml);
+    EXPECT_TRUE(watch.out.contains(QStringLiteral(" · today %1").arg(today)))
+        << watch.out.toStdString();
+
+    // Three requests a minute: the project list meets a 429, and everything after it waits.
+    account.rateLimit =
+        FakeVercelAccount::RateLimit{3, [] { return QDateTime::currentDateTime(); }};
+    const CliRun limited = run({"watch", "--once"});
+    ASSERT_EQ(limited.exitCode, 0) << limited.err.toStdString();
+    EXPECT_TRUE(limited.err.contains("Vercel asked Quillon to slow down."))
+        << limited.err.toStdString();
+    EXPECT_EQ(account.rateLimitedCount(), 1);
 }
 
 // The report itself is checked byte for byte in core; here, that the command finds the project,

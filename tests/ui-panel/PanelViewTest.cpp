@@ -157,3 +157,27 @@ TEST_F(PanelViewTest, NineRowsGrowThePanelAndTenScroll) {
     EXPECT_GT(10 * panel.rows().first()->heightForWidth(PanelView::panelWidth),
               PanelView::scrollHeight);
 }
+
+// A team Vercel keeps closed and a rate limit are said under the header; what the rows show
+// stays, with its age marked stale.
+TEST_F(PanelViewTest, NoticesSayWhatKeepsATeamOutAndStaleDataIsMarked) {
+    account.addSamlTeam("team_saml", "acme", "Acme Team");
+    PanelView panel(state, palette);
+    connectWith(1);
+    EXPECT_EQ(panel.noticesText(), "Acme Team requires SAML sign-in: sign in on vercel.com.");
+    EXPECT_FALSE(panel.lastRefreshText().contains("stale"));
+
+    account.failures.insert("/v9/projects",
+                            LoopbackHttpServer::Response::vercelError(429, "rate_limited", "x")
+                                .withHeader("Retry-After", "120"));
+    QCoro::waitFor(state.refresh());
+    // The clock stands at 3:00 PM: Retry-After puts the next request two minutes later.
+    EXPECT_TRUE(
+        panel.noticesText().endsWith("\nVercel asked Quillon to slow down. Next check at 3:02 PM."))
+        << panel.noticesText().toStdString();
+    EXPECT_EQ(panel.rows().size(), 1);
+    EXPECT_TRUE(panel.lastRefreshText().endsWith(" · stale"));
+    state.setLanguage("fr");
+    EXPECT_TRUE(panel.noticesText().startsWith("Acme Team exige une connexion SAML"));
+    EXPECT_TRUE(panel.lastRefreshText().endsWith(" · pas à jour"));
+}

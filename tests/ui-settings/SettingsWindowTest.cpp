@@ -192,6 +192,17 @@ TEST_F(SettingsWindowTest, PastingATokenConnectsAndTurnsTheTabIntoReplace) {
     EXPECT_TRUE(vercel().storageRow()->text().startsWith("Kept in your login keyring"));
 }
 
+TEST_F(SettingsWindowTest, TheTabSaysWhichTeamVercelKeepsClosed) {
+    addProjects(1);
+    connectAccount();
+    EXPECT_FALSE(shown(vercel().noticesRow()));
+    account.addSamlTeam("team_saml", "acme", "Acme Team");
+    connectAccount();
+    ASSERT_TRUE(shown(vercel().noticesRow()));
+    EXPECT_EQ(vercel().noticesRow()->text(),
+              "Acme Team requires SAML sign-in: sign in on vercel.com.");
+}
+
 TEST_F(SettingsWindowTest, ExpiryRowFollowsWhatVercelSaysOfTheToken) {
     const QLocale system;
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));

@@ -6,6 +6,7 @@
 #include "screenshots/ScreenshotScene.h"
 #include "support/WaitUntil.h"
 #include "ui/panel/PanelView.h"
+#include "ui/settings/VercelSettings.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityView.h"
 
@@ -107,6 +108,30 @@ void shootConnectionStates() {
     shootPanel(many, "panel-scrolling");
 }
 
+// A team that wants SAML, a deployment Vercel blocked, and Vercel asking to slow down: the
+// panel and Settings › Vercel say so.
+void shootNotices() {
+    ScreenshotScene& scene = newScene();
+    addProjects(scene, 3);
+    scene.account.addSamlTeam("team_saml", "acme", "Acme Team");
+    QJsonObject blocked =
+        FakeVercelAccount::deployment("dpl_blocked", "p_01", "BLOCKED", scene.minutesAgo(4));
+    blocked.insert("readyStateReason", "Git author eve@acme.dev must have access to the team "
+                                       "Acme Team on Vercel to create deployments.");
+    scene.account.addDeployment("", blocked);
+    connectScene(scene);
+    scene.account.failures.insert(
+        "/v9/projects", LoopbackHttpServer::Response::vercelError(429, "rate_limited", "Slow down")
+                            .withHeader("Retry-After", "90"));
+    QCoro::waitFor(scene.state.refresh());
+    shootPanel(scene, "panel-notices");
+    VercelSettings settings(scene.state, scene.palette);
+    settings.resize(560, settings.sizeHint().height());
+    settings.show();
+    settle();
+    save(settings.grab().toImage(), "settings-vercel-notices");
+}
+
 // The demo's six projects, with one scene played up to `seconds`.
 void shootDemo(const QString& name, int scene, double seconds, const QString& language) {
     ScreenshotScene& demo = newScene();
@@ -206,6 +231,7 @@ int main(int argc, char** argv) {
     outDir = QDir(first);
     Language::overrideSystemLanguages({QStringLiteral("en-US")});
     shootConnectionStates();
+    shootNotices();
     shootDemo("panel-rows", 1, 9, "en");
     shootDemo("panel-failed-row", 2, 30, "en");
     shootDemo("panel-french", 2, 30, "fr");

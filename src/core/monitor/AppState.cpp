@@ -16,8 +16,11 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), servic
 
 AppState::~AppState() {
     services_.notifications.setReportHandler(nullptr);
+    if (pacer_)
+        pacer_->forgetClock(); // requests still in flight outlive the clock's owner
     cancelRetry();
     cancelLoop();
+    reportWaits_->cancel();
 }
 
 void AppState::readPreferences() {
@@ -185,7 +188,7 @@ Tone AppState::overallTone() const {
     auto is = [](DeployStatus wanted) {
         return [wanted](const ProjectSnapshot& s) { return s.status() == wanted; };
     };
-    if (any(is(DeployStatus::error)))
+    if (any([](const ProjectSnapshot& s) { return isFailure(s.status()); }))
         return Tone::error;
     if (any(is(DeployStatus::building)))
         return Tone::building;
@@ -212,9 +215,8 @@ QString AppState::statusSummary() const {
     case Connection::Kind::connected:
         break;
     }
-    const auto failed = std::count_if(snapshots_.begin(), snapshots_.end(), [](const auto& s) {
-        return s.status() == DeployStatus::error;
-    });
+    const auto failed = std::count_if(snapshots_.begin(), snapshots_.end(),
+                                      [](const auto& s) { return isFailure(s.status()); });
     const auto building = std::count_if(snapshots_.begin(), snapshots_.end(),
                                         [](const auto& s) { return isInProgress(s.status()); });
     const bool french = Language::isFrench();
@@ -272,5 +274,7 @@ void AppState::publish(QList<ProjectSnapshot> snapshots, int todayCount) {
 }
 
 VercelAPI AppState::makeApi(const QString& token) const {
-    return VercelAPI(token, services_.apiBase).withTimeout(services_.requestTimeout);
+    return VercelAPI(token, services_.apiBase)
+        .withTimeout(services_.requestTimeout)
+        .withPacer(pacer_);
 }

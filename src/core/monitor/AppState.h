@@ -7,6 +7,7 @@
 #include "core/monitor/NetworkWatch.h"
 #include "core/monitor/NotificationPause.h"
 #include "core/monitor/PlatformServices.h"
+#include "core/monitor/ScopeProblem.h"
 #include "core/vercel/ProjectRef.h"
 #include "core/vercel/ProjectSnapshot.h"
 #include "core/vercel/VercelAPI.h"
@@ -21,6 +22,7 @@
 class Preferences;
 class KeychainStore;
 class DemoDirector;
+class PassAccumulator;
 
 // The one central state of the application: the connection, the projects, the snapshots the
 // refresh cycle produces, today's count and every preference. Views observe its change signals
@@ -82,6 +84,16 @@ public:
     const std::optional<VercelAPI>& api() const { return api_; }
     const QList<Scope>& scopes() const { return scopes_; }
     const std::optional<Tone>& previewTone() const { return previewTone_; }
+    // What keeps part of the account from being watched as usual, one sentence each, in the
+    // user's language: a team that refuses the token, Vercel asking Quillon to slow down.
+    QStringList notices() const;
+    // The scopes Vercel keeps closed, by scopeKey.
+    const QHash<QString, ScopeProblem>& scopeProblems() const { return scopeProblems_; }
+    // The last pass could not read everything because Vercel asked Quillon to slow down: what is
+    // shown is older than it looks.
+    bool isStale() const { return slowedDown_; }
+    // When the polling loop runs its next pass.
+    const std::optional<QDateTime>& nextCheck() const { return nextCheck_; }
 
     // Preferences.
     const QSet<QString>& monitoredIDs() const { return monitoredIDs_; }
@@ -157,6 +169,7 @@ Q_SIGNALS:
     void preferencesChanged();
     void lastErrorChanged();
     void refreshingChanged();
+    void noticesChanged();
 
 private:
     void readPreferences();
@@ -170,13 +183,34 @@ private:
     VercelAPI makeApi(const QString& token) const;
     void cancelLoop();
     QCoro::Task<> checkAccount(QString token);
+    void failCheck(const QString& token, const RequestError& error);
+    void adoptScopes(const VercelUser& user, const std::optional<QList<VercelTeam>>& teams);
+    void publishProjects(QList<ProjectRef> refs);
     void scheduleRetry(const QString& token, const RequestError& error);
     void cancelRetry();
     static QCoro::Task<> runRetry(QPointer<AppState> self, std::shared_ptr<Cancellation> token,
                                   QString apiToken, std::chrono::milliseconds delay);
-    bool handlePassError(const RequestError& error);
+    // What a pass does with one scope: done with it, ended the connection, or found AppState
+    // gone or replaced.
+    enum class ScopeStep { next, ended, abandoned };
+    // What a pass learns on the way and acts on at its end.
+    struct PassNotes {
+        std::optional<QDateTime> heldUntil; // Vercel asked to wait until then
+        bool relist = false;                // a scope missing from the project list answered
+    };
+    QCoro::Task<ScopeStep> refreshScope(VercelAPI client, Scope scope, PassAccumulator& pass,
+                                        PassNotes& notes);
+    ScopeStep failScope(const RequestError& error, const Scope& scope, PassNotes& notes);
+    void useLastAnswer(const Scope& scope, PassAccumulator& pass, bool projectsToo) const;
+    void finishPass(PassAccumulator& pass, const PassNotes& notes, int requests);
+    bool isLeftAlone(const QString& key) const;
+    void setScopeProblem(const QString& key, std::optional<ScopeProblem> problem);
+    void noteScopeAnswered(const QString& key, PassNotes* notes);
+    void setSlowedDown(bool slowed);
+    // The monitored projects of `scope`, which a pass reads project pages until it has seen.
+    QSet<QString> monitoredIn(const Scope& scope) const;
     void startDemo();
-    std::chrono::milliseconds pauseAfterPass() const;
+    std::chrono::milliseconds pauseAfterPass();
     static QCoro::Task<> runDemoTicks(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
     QCoro::Task<> passFinished(std::shared_ptr<Cancellation> token);
     static QCoro::Task<> runLoop(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
@@ -215,7 +249,18 @@ private:
         QList<VercelDeployment> deployments;
     };
     QHash<QString, ScopeAnswer> lastAnswers_;
+    QHash<QString, QString> scopeNames_;         // by scopeKey, for sentences
+    QHash<QString, ScopeProblem> scopeProblems_; // by scopeKey
+    QSet<QString> unlistedScopes_; // scopes whose projects the last listing could not read
+    bool teamsMissing_ = false;    // the account's teams could not be read
+    bool slowedDown_ = false;
+    std::optional<QDateTime> nextCheck_;
+    int lastPassRequests_ = 0;
+    // Paces the requests of the current token by Vercel's rate-limit headers.
+    std::shared_ptr<RateLimitPacer> pacer_;
     std::shared_ptr<Cancellation> loopTask_;
+    // Ends the waits of failure reports for a log's last lines when AppState goes.
+    std::shared_ptr<Cancellation> reportWaits_ = std::make_shared<Cancellation>();
     std::shared_ptr<Cancellation> retryTask_;
     int retryAttempt_ = 0; // failed checks in a row, for the back-off
     QHash<QString, DeployStatus> previousStatus_;

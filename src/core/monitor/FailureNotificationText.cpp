@@ -3,7 +3,29 @@
 #include "core/common/Language.h"
 #include "core/common/TimeTexts.h"
 
+namespace {
+
+// Vercel never built it, so there is no log to report: the notification carries Vercel's reason.
+FailureNotification blockedNotification(const ProjectSnapshot& snapshot) {
+    FailureNotification notification;
+    const VercelDeployment& deployment = *snapshot.latest;
+    notification.identifier = deployment.deploymentID();
+    notification.title =
+        snapshot.name + Language::text(": deployment blocked", " : déploiement bloqué");
+    const QString reason = deployment.readyStateReason.value_or(QString()).trimmed();
+    notification.body = !reason.isEmpty()
+                            ? reason
+                            : Language::text("Vercel blocked it without giving a reason.",
+                                             "Vercel l'a bloqué sans en donner la raison.");
+    notification.url = snapshot.dashboardURL();
+    return notification;
+}
+
+} // namespace
+
 FailureNotification failureNotification(const ProjectSnapshot& snapshot) {
+    if (snapshot.status() == DeployStatus::blocked)
+        return blockedNotification(snapshot);
     FailureNotification notification;
     notification.title =
         snapshot.name + Language::text(": deployment failed", " : échec du déploiement");

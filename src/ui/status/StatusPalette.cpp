@@ -95,6 +95,7 @@ QColor StatusPalette::statusColor(DeployStatus status) const {
     case DeployStatus::ready:
         return success_;
     case DeployStatus::error:
+    case DeployStatus::blocked:
         return error_;
     case DeployStatus::canceled:
     case DeployStatus::unknown:

@@ -2,6 +2,7 @@
 // pause with its summary, the slow-build warning and "Copy for AI" from the notification itself.
 #include "core/monitor/PreferenceKeys.h"
 #include "core/monitor/SlowBuildCheck.h"
+#include "core/monitor/StatusLines.h"
 #include "support/EngineFixture.h"
 
 using namespace std::chrono_literals;
@@ -53,6 +54,44 @@ TEST_F(EngineFixture, FailureNotificationsFollowStatusTransitions) {
     ASSERT_EQ(notifications.posted.size(), 3);
     EXPECT_EQ(notifications.posted[2].title, "my-app : échec du déploiement");
     EXPECT_EQ(notifications.posted[2].body, "");
+}
+
+// A deployment Vercel blocked (a commit author without a seat on the team) is a failure of its
+// own, told once with Vercel's reason; a state Quillon does not know keeps the deployment's data.
+TEST_F(EngineFixture, ABlockedDeploymentIsToldWithItsReasonAndAnUnknownStateKeepsItsData) {
+    account.addProject("", "p_a", "a");
+    account.addProject("", "p_b", "b");
+    account.addProject("", "p_c", "c");
+    for (const QString project : {"p_a", "p_b", "p_c"})
+        account.addDeployment("", deployment("old_" + project, project, "READY", -30, -29));
+    AppState& s = connected();
+    QJsonObject blocked = deployment("d_blocked", "p_a", "BLOCKED", -2);
+    blocked.insert("readyStateReason", "Git author eve@acme.dev must have access to the team "
+                                       "Acme on Vercel to create deployments.");
+    QJsonObject archived = deployment("d_odd", "p_c", "ARCHIVED", -1);
+    account.deployments[""] =
+        QJsonArray{blocked, deployment("d_init", "p_b", "INITIALIZING", -3), archived};
+    nextPass();
+    nextPass();
+
+    ASSERT_EQ(notifications.posted.size(), 1);
+    const FailureNotification& told = notifications.posted.first();
+    EXPECT_EQ(told.identifier, "d_blocked");
+    EXPECT_EQ(told.title, "a: deployment blocked");
+    EXPECT_EQ(told.body, "Git author eve@acme.dev must have access to the team Acme on Vercel "
+                         "to create deployments.");
+    EXPECT_FALSE(told.offersReport); // never built: no log to report
+    EXPECT_EQ(s.overallTone(), Tone::error);
+    EXPECT_EQ(s.statusSummary(), "1 failed");
+    QStringList lines;
+    for (const ProjectSnapshot& snapshot : s.snapshots())
+        lines << snapshotLine(snapshot, clock.now());
+    // In progress first, then the newest (two passes of five minutes later).
+    EXPECT_EQ(lines, QStringList({"  Initializing  b  main  4f2a9c1  Fix login  13 min ago",
+                                  "  State ARCHIVED  c  main  4f2a9c1  Fix login  11 min ago",
+                                  "  Blocked  a  main  4f2a9c1  Fix login  12 min ago"}));
+    prefs->setString(PreferenceKeys::appLanguage, "fr");
+    EXPECT_EQ(s.snapshots()[2].statusTitle(true), "Bloqué");
 }
 
 TEST_F(EngineFixture, AFailureIsNotifiedOnceWithItsLinkAndItsReportCanBeCopiedFromThere) {
