@@ -13,7 +13,8 @@ class FakeVercelAccount {
 public:
     explicit FakeVercelAccount(LoopbackHttpServer& server);
 
-    QJsonObject user{{"username", "ada"}, {"email", "ada@example.com"}, {"name", QJsonValue()}};
+    QJsonObject user{
+        {"id", "usr_1"}, {"username", "ada"}, {"email", "ada@example.com"}, {"name", QJsonValue()}};
     QJsonArray teams;
     QJsonObject token{{"id", "tok_1"}, {"name", "quillon"}, {"expiresAt", QJsonValue()}};
     QMap<QString, QJsonArray> projects;    // scope team id → projects

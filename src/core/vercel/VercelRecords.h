@@ -30,6 +30,7 @@ struct VercelDeployment {
     std::optional<double> ready;
     std::optional<QString> target;
     std::optional<QMap<QString, JSONScalar>> meta;
+    std::optional<QString> creatorUid; // creator.uid: the Vercel user who started it
 
     // Derived values.
     DeployStatus status() const;                 // readyState, else state, upper-cased
@@ -55,6 +56,7 @@ struct VercelTeam {
 };
 
 struct VercelUser {
+    std::optional<QString> id;
     QString username;
     std::optional<QString> email;
     std::optional<QString> name;
