@@ -94,6 +94,7 @@ QCoro::Task<> AppState::checkAccount(QString token) {
     api_ = client;
     lastAnswers_.clear();
     scopes_ = scopesFor(user->user, teams ? teams->teams : QList<VercelTeam>());
+    accountUserId_ = user->user.id;
     setConnection(Connection::connected(user->user.username));
     setLastError(std::nullopt);
 
@@ -219,6 +220,7 @@ void AppState::removeToken() {
     api_.reset();
     scopes_.clear();
     lastAnswers_.clear();
+    accountUserId_.reset();
     keychainMode_.reset();
     tokenExpiry_ = TokenExpiry::unknown();
     snapshots_.clear();
