@@ -206,8 +206,8 @@ private:
     static QCoro::Task<> endMutesAfter(QPointer<AppState> self, std::chrono::milliseconds wait,
                                        std::shared_ptr<Cancellation> token);
     void endDueMutes();
-    void noticeFixes(const QList<ProjectSnapshot>& snapshots, bool firstPass,
-                     const NotificationPolicy& policy, const QDateTime& now);
+    void noticeFixes(const QList<ProjectSnapshot>& snapshots, const NotificationPolicy& policy,
+                     const QDateTime& now);
     void storeBoolean(bool& field, const QString& key, bool value);
     void persistMonitored();
     void setConnection(Connection connection);

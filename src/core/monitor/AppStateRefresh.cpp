@@ -155,18 +155,18 @@ void AppState::notifyFailures(const QList<ProjectSnapshot>& snapshots) {
         }
         previousStatus_.insert(snapshot.id, status);
     }
-    noticeFixes(snapshots, firstPass, policy, now);
+    noticeFixes(snapshots, policy, now);
     warnSlowBuilds(snapshots);
 }
 
 // "Live again" follows the failures of the deployments the policy concerns itself with; a muted
 // project or a paused monitor stays silent, and the failure counts as answered all the same.
-void AppState::noticeFixes(const QList<ProjectSnapshot>& snapshots, bool firstPass,
+void AppState::noticeFixes(const QList<ProjectSnapshot>& snapshots,
                            const NotificationPolicy& policy, const QDateTime& now) {
     for (const ProjectSnapshot& snapshot : snapshots) {
         if (!snapshot.latest || !policy.concerns(*snapshot.latest))
             continue;
-        if (recovery_.endsFailure(snapshot) && notifyWhenFixed_ && !firstPass &&
+        if (recovery_.endsFailure(snapshot) && notifyWhenFixed_ &&
             !policy.isMuted(snapshot.id, now) && !pause_.isPaused())
             services_.notifications.post(fixedNotification(snapshot));
     }
