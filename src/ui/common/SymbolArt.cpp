@@ -165,6 +165,27 @@ void drawClipboard(QPainter& p, const QRectF& in, const QColor& color) {
     p.setBrush(Qt::NoBrush);
 }
 
+// A bell; with a stroke across it, notifications held back.
+void drawBell(QPainter& p, const QRectF& in, bool slashed) {
+    const double w = in.width(), h = in.height();
+    const double cx = in.center().x();
+    QPainterPath bell;
+    bell.moveTo(in.left() + w * 0.12, in.top() + h * 0.74);
+    bell.lineTo(in.left() + w * 0.2, in.top() + h * 0.62);
+    bell.lineTo(in.left() + w * 0.2, in.top() + h * 0.4);
+    bell.cubicTo(in.left() + w * 0.2, in.top() + h * 0.08, in.right() - w * 0.2,
+                 in.top() + h * 0.08, in.right() - w * 0.2, in.top() + h * 0.4);
+    bell.lineTo(in.right() - w * 0.2, in.top() + h * 0.62);
+    bell.lineTo(in.right() - w * 0.12, in.top() + h * 0.74);
+    bell.closeSubpath();
+    p.drawPath(bell);
+    p.drawLine(QPointF(cx - w * 0.1, in.bottom() - h * 0.1),
+               QPointF(cx + w * 0.1, in.bottom() - h * 0.1));
+    if (slashed)
+        p.drawLine(in.topLeft() + QPointF(w * 0.05, h * 0.05),
+                   in.bottomRight() - QPointF(w * 0.05, h * 0.05));
+}
+
 void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QColor& color) {
     const QRectF in = box.adjusted(box.width() * 0.1, box.height() * 0.1, -box.width() * 0.1,
                                    -box.height() * 0.1);
@@ -212,6 +233,8 @@ void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QCo
         drawPower(p, in);
     } else if (symbol == QLatin1String("square.stack.3d.up.slash")) {
         drawStackSlashed(p, in);
+    } else if (symbol == QLatin1String("bell") || symbol == QLatin1String("bell.slash")) {
+        drawBell(p, in, symbol == QLatin1String("bell.slash"));
     } else { // triangle: the Vercel tab
         QPainterPath path;
         path.moveTo(in.center().x(), in.top() + in.height() * 0.08);
@@ -258,6 +281,7 @@ QString themeName(const QString& symbol) {
         {QStringLiteral("exclamationmark.triangle"), QStringLiteral("dialog-warning")},
         {QStringLiteral("key.horizontal"), QStringLiteral("dialog-password")},
         {QStringLiteral("square.stack.3d.up.slash"), QStringLiteral("folder")},
+        {QStringLiteral("bell.slash"), QStringLiteral("notifications-disabled")},
     };
     return names.value(symbol);
 }
