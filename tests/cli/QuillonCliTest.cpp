@@ -1,5 +1,9 @@
 // quillon-cli run as a separate process against a loopback Vercel account (the demo's report is
 // played end to end in tests/demo).
+#include "core/common/Preferences.h"
+#include "core/monitor/PreferenceCatalog.h"
+#include "core/monitor/PreferenceKeys.h"
+#include "core/monitor/ProjectMute.h"
 #include "support/CliProcess.h"
 #include "support/FakeVercelAccount.h"
 #include "support/QtPrinters.h"
@@ -252,3 +256,134 @@ TEST_F(QuillonCliTest, ReportPrintsTheLatestDeploymentsReportOrSaysWhyNot) {
 }
 
 } // namespace
+
+TEST_F(QuillonCliTest, MuteUnmuteAndMutesKeepTheMutesInThePreferences) {
+    account.addTeam("team_1", "acme");
+    account.addProject("", "p_web", "web");
+    account.addProject("", "p_api", "api");
+    account.addProject("team_1", "p_api2", "api");
+    const QString stored = home.filePath("config/quillon/preferences.json");
+    const QDateTime before = QDateTime::currentDateTime();
+
+    const CliRun web = run({"mute", "web", "--for", "90m"});
+    ASSERT_EQ(web.exitCode, 0) << web.err.toStdString();
+    EXPECT_TRUE(web.out.startsWith("web: Muted until ")) << web.out.toStdString();
+    const ProjectMute kept = MuteStore::read(Preferences(stored)).value("p_web");
+    EXPECT_EQ(kept.name, "web");
+    ASSERT_TRUE(kept.until);
+    EXPECT_NEAR(before.secsTo(*kept.until), 90 * 60, 60);
+
+    const CliRun twice = run({"mute", "api"});
+    EXPECT_EQ(twice.exitCode, 1);
+    EXPECT_TRUE(twice.err.contains("several projects are named 'api': "));
+    EXPECT_TRUE(twice.err.contains("p_api (ada)") && twice.err.contains("p_api2 (acme)"))
+        << twice.err.toStdString();
+    const CliRun byId = run({"mute", "p_api2", "--until-tomorrow"});
+    EXPECT_EQ(byId.exitCode, 0) << byId.err.toStdString();
+    EXPECT_EQ(byId.out, "api: Muted until tomorrow\n");
+    const CliRun unknown = run({"mute", "blog"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_TRUE(unknown.err.contains("no project is named 'blog'")) << unknown.err.toStdString();
+
+    const int requests = int(server.requests().size());
+    const QList<QStringList> misuses{{"mute"},
+                                     {"mute", "web", "--for"},
+                                     {"mute", "web", "--for", "0h"},
+                                     {"mute", "web", "--for", "31d"},
+                                     {"mute", "web", "--for", "1 h"},
+                                     {"mute", "web", "--for", "1h", "--until-tomorrow"},
+                                     {"unmute"},
+                                     {"mutes", "web"}};
+    for (const QStringList& args : misuses) {
+        const CliRun result = run(args);
+        EXPECT_EQ(result.exitCode, 2) << args.join(' ').toStdString();
+        EXPECT_FALSE(result.err.isEmpty());
+    }
+    EXPECT_EQ(server.requests().size(), requests); // refused before asking Vercel
+
+    // Listed by name, without asking Vercel.
+    const CliRun listed = run({"mutes"}, with("QUILLON_API_BASE", "http://127.0.0.1:9"));
+    ASSERT_EQ(listed.exitCode, 0) << listed.err.toStdString();
+    const QStringList lines = listed.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2) << listed.out.toStdString();
+    EXPECT_EQ(lines[0], "api  p_api2  Muted until tomorrow");
+    EXPECT_TRUE(lines[1].startsWith("web  p_web  Muted until "));
+
+    const CliRun unmuted = run({"unmute", "web"});
+    EXPECT_EQ(unmuted.exitCode, 0);
+    EXPECT_EQ(unmuted.out, "web: notifications back on\n");
+    EXPECT_EQ(run({"unmute", "web"}).exitCode, 1);
+    QProcessEnvironment fr = with("LANGUAGE", "fr");
+    fr.insert(QStringLiteral("LC_ALL"), QStringLiteral("fr_FR.UTF-8"));
+    const CliRun french = run({"unmute", "api"}, fr);
+    EXPECT_EQ(french.out, "api : notifications réactivées\n");
+    EXPECT_EQ(run({"mutes"}).out, "No project is muted.\n");
+    EXPECT_FALSE(Preferences(stored).contains(PreferenceKeys::mutedProjects));
+}
+
+TEST_F(QuillonCliTest, GetAndSetCheckEveryValueAndStoreNothingWrong) {
+    const QString stored = home.filePath("config/quillon/preferences.json");
+    EXPECT_EQ(run({"get", "notifyOnlyMine"}).out, "false\n"); // the default, nothing stored
+    EXPECT_EQ(run({"get", "notifyOnFailure"}).out, "true\n");
+    EXPECT_EQ(run({"get", "colorError"}).out, "#FF0074\n");
+    EXPECT_EQ(run({"get", "colorError"}, with("QUILLON_ERROR_COLOR", "#00FF00")).out, "#00FF00\n");
+
+    struct Case {
+        QStringList args;
+        QString stored; // the key's value read back with get
+    };
+    const QList<Case> accepted{
+        {{"set", "notifyOnlyMine", "true"}, "true"},
+        {{"set", "ignoreBotBranches", "true"}, "true"},
+        {{"set", "notifyWhenFixed", "true"}, "true"},
+        {{"set", "notifyProductionOnly", "true"}, "true"},
+        {{"set", "liveActivity", "false"}, "false"},
+        {{"set", "refreshInterval", "60"}, "60"},
+        {{"set", "appLanguage", "en"}, "en"},
+        {{"set", "colorSuccess", "  0cf1e9"}, "#0CF1E9"},
+        {{"set", "SUEnableAutomaticChecks", "false"}, "false"},
+    };
+    for (const Case& c : accepted) {
+        const CliRun set = run(c.args);
+        EXPECT_EQ(set.exitCode, 0) << c.args.join(' ').toStdString() << set.err.toStdString();
+        EXPECT_EQ(run({"get", c.args[1]}).out, c.stored + "\n") << c.args[1].toStdString();
+    }
+    EXPECT_EQ(Preferences(stored).boolean(PreferenceKeys::notifyOnlyMine), true);
+    EXPECT_EQ(Preferences(stored).integer(PreferenceKeys::refreshInterval), 60);
+
+    const QByteArray before = [&] {
+        QFile file(stored);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }();
+    const QList<std::pair<QStringList, QString>> refused{
+        {{"set", "notifyOnlyMine", "yes"}, "notifyOnlyMine takes true or false."},
+        {{"set", "refreshInterval", "5"}, "refreshInterval takes whole seconds from 10 to 3600."},
+        {{"set", "refreshInterval", "60s"}, "whole seconds"},
+        {{"set", "appLanguage", "de"}, "appLanguage takes auto, en or fr."},
+        {{"set", "colorError", "red"}, "colorError takes a colour written #RRGGBB."},
+        {{"set", "monitoredProjectIDs", "p_1"}, "Settings › Vercel"},
+        {{"set", "mutedProjects", "p_1"}, "quillon-cli mute"},
+        {{"set", "tokens", "x"}, "unknown preference 'tokens'"},
+        {{"get", "tokens"}, "unknown preference 'tokens'"},
+        {{"set", "notifyOnlyMine"}, "name one preference and its value"},
+    };
+    for (const auto& [args, said] : refused) {
+        const CliRun result = run(args);
+        EXPECT_EQ(result.exitCode, 2) << args.join(' ').toStdString();
+        EXPECT_TRUE(result.err.contains(said)) << result.err.toStdString();
+    }
+    QFile after(stored);
+    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
+    EXPECT_EQ(after.readAll(), before);
+
+    QProcessEnvironment fr = with("LANGUAGE", "fr");
+    fr.insert(QStringLiteral("LC_ALL"), QStringLiteral("fr_FR.UTF-8"));
+    run({"set", "appLanguage", "auto"});
+    EXPECT_EQ(run({"set", "notifyOnlyMine", "oui"}, fr).err,
+              "quillon-cli set: notifyOnlyMine prend true ou false.\n");
+    // Every key, one a line, with its value.
+    const QStringList all = run({"get"}).out.split('\n', Qt::SkipEmptyParts);
+    EXPECT_TRUE(all.contains("notifyOnlyMine true"));
+    EXPECT_TRUE(all.contains("colorQueued #C05BEC"));
+    EXPECT_EQ(all.size(), PreferenceCatalog::entries().size());
+}
