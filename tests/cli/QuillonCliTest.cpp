@@ -1,16 +1,23 @@
 // quillon-cli run as a separate process against a loopback Vercel account (the demo's report is
 // played end to end in tests/demo).
+#include "core/common/PreferenceFileWatch.h"
 #include "core/common/Preferences.h"
 #include "core/monitor/PreferenceCatalog.h"
 #include "core/monitor/PreferenceKeys.h"
 #include "core/monitor/ProjectMute.h"
 #include "support/CliProcess.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeVercelAccount.h"
 #include "support/QtPrinters.h"
+#include "support/StopProcess.h"
+#include "support/WaitUntil.h"
+#include "support/desktop/DunstControl.h"
+#include "support/desktop/PrivateDesktop.h"
 
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -386,4 +393,98 @@ TEST_F(QuillonCliTest, GetAndSetCheckEveryValueAndStoreNothingWrong) {
     EXPECT_TRUE(all.contains("notifyOnlyMine true"));
     EXPECT_TRUE(all.contains("colorQueued #C05BEC"));
     EXPECT_EQ(all.size(), PreferenceCatalog::entries().size());
+}
+
+// What the commands store reaches an engine that is running, as it reaches the tray.
+TEST_F(QuillonCliTest, ARunningEngineFollowsWhatTheCommandsStore) {
+    account.addProject("", "p_web", "web");
+    const QString path = home.filePath("config/quillon/preferences.json");
+    FakeDesktop desktop;
+    Preferences shared(path);
+    AppState state(AppState::Services{shared, desktop.keychain, desktop.loginItem,
+                                      desktop.notifications, desktop.clipboard, desktop.clock,
+                                      server.baseUrl()});
+    PreferenceFileWatch watch(path);
+    QObject::connect(&watch, &PreferenceFileWatch::changed, &state, &AppState::reloadPreferences);
+    QSignalSpy announced(&state, &AppState::preferencesChanged);
+
+    ASSERT_EQ(run({"set", "notifyOnlyMine", "true"}).exitCode, 0);
+    ASSERT_TRUE(waitUntil([&] { return state.notifyOnlyMine(); }));
+    ASSERT_EQ(run({"mute", "web"}).exitCode, 0);
+    ASSERT_TRUE(waitUntil([&] { return state.activeMute("p_web").has_value(); }));
+    ASSERT_EQ(run({"unmute", "web"}).exitCode, 0);
+    ASSERT_TRUE(waitUntil([&] { return !state.activeMute("p_web"); }));
+    const int changes = int(announced.count());
+    // The engine's own writes reach the commands, and reading them back changes nothing.
+    state.setNotifyWhenFixed(true);
+    EXPECT_EQ(run({"get", "notifyWhenFixed"}).out, "true\n");
+    waitUntil([] { return false; }, 200);
+    EXPECT_EQ(announced.count(), changes + 1);
+}
+
+// `watch` posts to the desktop what the mutes and switches let through, following changes made
+// while it runs: on a private bus with dunst.
+TEST_F(QuillonCliTest, WatchNotifiesOnlyWhatTheMutesAndSwitchesLetThrough) {
+    PrivateDesktop desktop;
+    for (auto start :
+         {&PrivateDesktop::startDisplay, &PrivateDesktop::startBus, &PrivateDesktop::startDunst}) {
+        const std::optional<QString> failure = (desktop.*start)();
+        ASSERT_FALSE(failure) << failure->toStdString();
+    }
+    const auto shaped = [this](const QString& id, const QString& project, const char* state,
+                               bool production) {
+        QJsonObject made = deployment(id, project, state, 1, 0);
+        if (QByteArray(state) == "BUILDING")
+            made.insert("ready", QJsonValue());
+        if (production)
+            made.insert("target", "production");
+        return made;
+    };
+    for (const char* name : {"web", "api", "docs"})
+        account.addProject("", QStringLiteral("p_") + name, name);
+    const auto all = [&](const char* state) {
+        account.deployments[""] =
+            QJsonArray{shaped("dpl_w", "p_web", state, true), shaped("dpl_a", "p_api", state, true),
+                       shaped("dpl_d", "p_docs", state, false)};
+    };
+    all("BUILDING");
+    for (const QStringList& set :
+         {QStringList{"refreshInterval", "10"}, QStringList{"notifyProductionOnly", "true"},
+          QStringList{"notifyWhenFixed", "true"}})
+        ASSERT_EQ(run(QStringList{"set"} + set).exitCode, 0);
+
+    QProcessEnvironment watching = env;
+    watching.insert("DBUS_SESSION_BUS_ADDRESS", desktop.busAddress());
+    QProcess watch;
+    watch.setProcessEnvironment(watching);
+    watch.start(QStringLiteral(QUILLON_CLI_PATH), {"watch"});
+    QString printed;
+    const auto waitForOutput = [&](const QString& text) {
+        return waitUntil(
+            [&] {
+                printed += QString::fromUtf8(watch.readAllStandardOutput());
+                return printed.contains(text);
+            },
+            30000);
+    };
+    ASSERT_TRUE(waitForOutput("  Building  web")) << watch.readAllStandardError().toStdString();
+    // Muted while `watch` runs.
+    ASSERT_EQ(run({"mute", "web"}).exitCode, 0);
+
+    all("ERROR");
+    ASSERT_TRUE(waitForOutput("3 failed")) << printed.toStdString();
+    DunstControl dunst(desktop.connection());
+    ASSERT_TRUE(waitUntil([&] { return dunst.displayed() == 1; }));
+    account.deployments[""] = QJsonArray{shaped("dpl_w", "p_web", "ERROR", true),
+                                         shaped("dpl_a2", "p_api", "READY", true),
+                                         shaped("dpl_d", "p_docs", "ERROR", false)};
+    ASSERT_TRUE(waitForOutput("2 failed")) << printed.toStdString();
+    ASSERT_TRUE(waitUntil([&] { return dunst.displayed() == 2; }));
+    stopProcess(watch);
+    ASSERT_TRUE(dunst.closeAll());
+    QStringList summaries;
+    for (const QVariantMap& shown : dunst.history())
+        summaries << shown.value("summary").toString();
+    summaries.sort();
+    EXPECT_EQ(summaries, QStringList({"api is live again", "api: deployment failed"}));
 }
