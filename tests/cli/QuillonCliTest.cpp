@@ -272,13 +272,16 @@ TEST_F(QuillonCliTest, MuteUnmuteAndMutesKeepTheMutesInThePreferences) {
     const QString stored = home.filePath("config/quillon/preferences.json");
     const QDateTime before = QDateTime::currentDateTime();
 
-    const CliRun web = run({"mute", "web", "--for", "90m"});
-    ASSERT_EQ(web.exitCode, 0) << web.err.toStdString();
-    EXPECT_TRUE(web.out.startsWith("web: Muted until ")) << web.out.toStdString();
-    const ProjectMute kept = MuteStore::read(Preferences(stored)).value("p_web");
-    EXPECT_EQ(kept.name, "web");
-    ASSERT_TRUE(kept.until);
-    EXPECT_NEAR(before.secsTo(*kept.until), 90 * 60, 60);
+    // Muted again, the new length replaces the old one.
+    for (const auto& [length, seconds] : {std::pair("45m", 45 * 60), std::pair("2h", 7200)}) {
+        const CliRun web = run({"mute", "web", "--for", length});
+        ASSERT_EQ(web.exitCode, 0) << web.err.toStdString();
+        EXPECT_TRUE(web.out.startsWith("web: Muted until ")) << web.out.toStdString();
+        const ProjectMute kept = MuteStore::read(Preferences(stored)).value("p_web");
+        EXPECT_EQ(kept.name, "web");
+        ASSERT_TRUE(kept.until);
+        EXPECT_NEAR(before.secsTo(*kept.until), seconds, 60) << length;
+    }
 
     const CliRun twice = run({"mute", "api"});
     EXPECT_EQ(twice.exitCode, 1);
