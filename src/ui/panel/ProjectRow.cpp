@@ -35,7 +35,7 @@ constexpr double actionsGap = 5;
 constexpr double actionSpacing = 6;
 constexpr double badgePadX = 5;
 constexpr double badgePadY = 2;
-constexpr double muteMarkSize = 12;
+constexpr double muteMarkSize = 13;
 
 QColor withAlpha(QColor color, double alpha) {
     color.setAlphaF(static_cast<float>(alpha));
