@@ -181,6 +181,10 @@ TEST_F(EngineFixture, EachSlowBuildIsToldOnceAndOnlyWhenAskedFor) {
     EXPECT_EQ(notifications.posted[0].title, "api: build is taking longer than usual");
     EXPECT_EQ(notifications.posted[0].body, "5 min");
     EXPECT_EQ(notifications.posted[1].identifier, "dpl_2");
+    // A muted project's slow build is not told either.
+    s.muteProject("p_api", "api", MuteLength::oneHour);
+    s.notifyFailures({building(nowMs - 400'000, 60, "dpl_3")});
+    EXPECT_EQ(notifications.posted.size(), 2);
 }
 
 namespace {
@@ -374,6 +378,15 @@ TEST_F(EngineFixture, LiveAgainComesOnceAfterAFailureAndNeverWithoutOne) {
          deployment("dpl_a4", "p_api", "READY", 12, 13));
     ASSERT_EQ(notifications.posted.size(), 5);
     EXPECT_EQ(notifications.posted[4].title, "web est de nouveau en ligne");
+    // A failure "production only" keeps quiet (these are previews) is not followed, so the
+    // production deployment after it is not news.
+    s.setNotifyProductionOnly(true);
+    pass(deployment("dpl_w9", "p_web", "ERROR", 14, 15), apiReady);
+    QJsonObject production = deployment("dpl_w10", "p_web", "READY", 16, 17);
+    production.insert("target", "production");
+    pass(production, apiReady);
+    EXPECT_EQ(notifications.posted.size(), 5);
+    s.setNotifyProductionOnly(false);
     // Switched off, a recovery says nothing.
     s.setNotifyWhenFixed(false);
     pass(deployment("dpl_w7", "p_web", "ERROR", 14, 15), apiReady);
