@@ -31,8 +31,10 @@ QCoro::Task<int> runGet(QStringList args) {
     if (args.isEmpty()) {
         for (const PreferenceCatalog::Entry& entry : PreferenceCatalog::entries()) {
             const QString value = PreferenceCatalog::valueText(preferences, entry);
-            cliOut() << entry.key << ' '
-                     << QString(value).replace(QLatin1Char('\n'), QStringLiteral(", ")) << '\n';
+            cliOut() << entry.key;
+            if (!value.isEmpty())
+                cliOut() << ' ' << QString(value).replace(QLatin1Char('\n'), QStringLiteral(", "));
+            cliOut() << '\n';
         }
         co_return 0;
     }

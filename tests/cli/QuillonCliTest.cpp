@@ -434,8 +434,8 @@ TEST_F(QuillonCliTest, WatchNotifiesOnlyWhatTheMutesAndSwitchesLetThrough) {
         const std::optional<QString> failure = (desktop.*start)();
         ASSERT_FALSE(failure) << failure->toStdString();
     }
-    const auto shaped = [this](const QString& id, const QString& project, const char* state,
-                               bool production) {
+    const auto shaped = [](const QString& id, const QString& project, const char* state,
+                           bool production) {
         QJsonObject made = deployment(id, project, state, 1, 0);
         if (QByteArray(state) == "BUILDING")
             made.insert("ready", QJsonValue());
