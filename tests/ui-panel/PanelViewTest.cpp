@@ -168,6 +168,9 @@ TEST_F(PanelViewTest, ARowsContextMenuMutesItsProjectAndTheMarkLastsAsLongAsTheM
     panel.show();
     connectWith(2);
     ProjectRow* row = panel.rows().first();
+    // New rows show from the event loop, and only then take their width in the list.
+    ASSERT_TRUE(
+        waitUntil([&] { return row->isVisible() && row->width() == PanelView::panelWidth; }));
     const QString id = row->snapshot().id;
     // Light pixels where the row puts its mark, or 0 when it has none.
     const auto markInk = [&] {
