@@ -18,6 +18,8 @@ void prepareDeploymentProbe() {
 
 void probeDeployment(const VercelDeployment& deployment, const QString& projectName) {
     (void)deployment.status();
+    FUZZ_CHECK(!deployment.statusTitle(false).isEmpty() &&
+               !deployment.statusTitle(true).isEmpty());
     (void)deployment.deploymentID();
     (void)deployment.branch();
     (void)deployment.isProduction();

@@ -1,5 +1,6 @@
 // /v2/teams bodies.
 #include "FuzzCheck.h"
+#include "core/monitor/ScopeProblem.h"
 #include "core/vercel/ProjectRef.h"
 #include "core/vercel/VercelDecoding.h"
 
@@ -12,6 +13,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                  team.slug};
             FUZZ_CHECK(ref == ref);
             (void)qHash(ref);
+            // A limited team is told in one sentence that names it.
+            if (const auto problem = ScopeProblem::fromTeam(team, QDateTime()))
+                FUZZ_CHECK(problem->sentence().contains(teamDisplayName(team)));
         }
     }
     return 0;

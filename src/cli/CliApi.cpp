@@ -62,3 +62,20 @@ int reportFailure(const RequestError& error) {
 void printUsage(const CliCommand& command) {
     cliOut() << "Usage: quillon-cli " << command.usage << "\n\n" << command.summary << '\n';
 }
+
+QStringList alignedLines(const QList<QStringList>& rows) {
+    QList<qsizetype> widths;
+    for (const QStringList& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (qsizetype i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], row[i].size());
+    }
+    QStringList lines;
+    for (const QStringList& row : rows) {
+        QString line;
+        for (qsizetype i = 0; i < row.size(); ++i)
+            line += i + 1 < row.size() ? row[i].leftJustified(widths[i] + 2) : row[i];
+        lines.append(line);
+    }
+    return lines;
+}

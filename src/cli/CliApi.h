@@ -36,3 +36,6 @@ int reportFailure(const RequestError& error);
 
 // Prints the command's usage on standard output.
 void printUsage(const CliCommand& command);
+
+// Every column but the last padded to its widest cell, two spaces between columns.
+QStringList alignedLines(const QList<QStringList>& rows);

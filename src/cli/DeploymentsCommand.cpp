@@ -1,7 +1,11 @@
-// quillon-cli deployments [--team ID]: the latest deployments of a scope, one aligned line each.
+// quillon-cli deployments [--team ID]: the latest deployments of a scope, one aligned line each:
+// the 100 newest, and every one since local midnight however many pages they take.
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
+#include "core/common/Language.h"
 #include "core/common/TimeTexts.h"
+#include "core/monitor/PassAccumulator.h"
+#include "core/vercel/VercelPages.h"
 #include "core/vercel/VercelTime.h"
 
 #include <QDateTime>
@@ -26,27 +30,12 @@ QString ageText(const VercelDeployment& deployment, const QDateTime& now) {
 }
 
 QStringList columns(const VercelDeployment& deployment, const QDateTime& now) {
-    return {title(deployment.status()),         orAbsent(deployment.name),
-            orAbsent(deployment.branch()),      orAbsent(deployment.shortSHA()),
-            orAbsent(deployment.commitTitle()), ageText(deployment, now)};
-}
-
-// Every column but the last padded to its widest cell, two spaces between columns.
-QStringList alignedLines(const QList<QStringList>& rows) {
-    QList<qsizetype> widths;
-    for (const QStringList& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (qsizetype i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], row[i].size());
-    }
-    QStringList lines;
-    for (const QStringList& row : rows) {
-        QString line;
-        for (qsizetype i = 0; i < row.size(); ++i)
-            line += i + 1 < row.size() ? row[i].leftJustified(widths[i] + 2) : row[i];
-        lines.append(line);
-    }
-    return lines;
+    return {deployment.statusTitle(Language::isFrench()),
+            orAbsent(deployment.name),
+            orAbsent(deployment.branch()),
+            orAbsent(deployment.shortSHA()),
+            orAbsent(deployment.commitTitle()),
+            ageText(deployment, now)};
 }
 
 // The team of `--team ID` or `--team=ID`; absent for the personal account. False on bad usage.
@@ -82,11 +71,11 @@ QCoro::Task<int> runDeployments(QStringList args) {
         co_return kExitUsage;
     const VercelAPI::Query query =
         VercelAPI::withTeam(team, {{QStringLiteral("limit"), QStringLiteral("100")}});
-    const RequestResult<DeploymentsResponse> page =
-        co_await api->get<DeploymentsResponse>(QStringLiteral("/v6/deployments"), query);
+    const QDateTime now = QDateTime::currentDateTime();
+    const RequestResult<DeploymentsResponse> page = co_await getPages<DeploymentsResponse>(
+        *api, QStringLiteral("/v6/deployments"), query, whileNotOlderThan(localStartOfDay(now)));
     if (!page)
         co_return reportFailure(page.error());
-    const QDateTime now = QDateTime::currentDateTime();
     QList<QStringList> rows;
     for (const VercelDeployment& deployment : page->deployments)
         rows.append(columns(deployment, now));
@@ -97,7 +86,8 @@ QCoro::Task<int> runDeployments(QStringList args) {
 
 CliCommand deploymentsCommand() {
     return {QStringLiteral("deployments"), QStringLiteral("deployments [--team ID]"),
-            QStringLiteral("list the latest deployments of your account or of a team"),
+            QStringLiteral("list the latest deployments of your account or of a team, and all of "
+                           "today's"),
             runDeployments};
 }
 

@@ -3,51 +3,11 @@
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
 #include "cli/CliEngine.h"
-
-#include <QCoreApplication>
-#include <QCoro/QCoroSignal>
+#include "cli/EngineStart.h"
 
 namespace {
 
 CliCommand reportCommand();
-
-// Remembers how the engine's start ended: its first complete pass, or a failed connection.
-class FirstPass : public QObject {
-    Q_OBJECT
-public:
-    explicit FirstPass(AppState& state) : state_(state), start_(state.clock().now()) {
-        QObject::connect(&state, &AppState::snapshotsChanged, this, [this] {
-            if (state_.hasLoadedOnce())
-                finish(true);
-        });
-        QObject::connect(&state, &AppState::connectionChanged, this, [this] {
-            if (oneShotGivesUp(state_.connection(), start_))
-                finish(false);
-        });
-    }
-
-    // Answers whether the pass completed, once it has or the connection failed.
-    QCoro::Task<bool> loaded() {
-        if (!outcome_)
-            co_await qCoro(this, &FirstPass::finished);
-        co_return *outcome_;
-    }
-
-Q_SIGNALS:
-    void finished();
-
-private:
-    void finish(bool loaded) {
-        if (outcome_)
-            return;
-        outcome_ = loaded;
-        Q_EMIT finished();
-    }
-
-    AppState& state_;
-    QDateTime start_;
-    std::optional<bool> outcome_;
-};
 
 std::optional<ProjectSnapshot> findProject(const AppState& state, const QString& nameOrID) {
     for (const ProjectSnapshot& snapshot : state.snapshots()) {
@@ -67,24 +27,6 @@ void printUnknownProject(const AppState& state, const QString& nameOrID) {
     cliErr() << '\n';
     if (state.lastError())
         cliErr() << "The last refresh failed: " << *state.lastError() << '\n';
-}
-
-// Starts the engine the way the tray does (demo, or the account of the token) and answers
-// whether its snapshots are ready to read.
-QCoro::Task<int> startEngine(AppState& state, KeychainStore& keychain) {
-    if (qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1")) {
-        state.start(true); // the demo's snapshots are there at once, with its fake build log
-        co_return 0;
-    }
-    const std::optional<QString> token = tokenFromEnvironmentOrKeyring(keychain);
-    if (!token)
-        co_return kExitUsage;
-    FirstPass pass(state);
-    state.connect(*token);
-    if (co_await pass.loaded())
-        co_return 0;
-    printConnectionFailure(state.connection());
-    co_return kExitFailed;
 }
 
 QCoro::Task<int> runReport(QStringList args) {
@@ -129,5 +71,3 @@ CliCommand reportCommand() {
 const CliCommand::Registration registration(reportCommand());
 
 } // namespace
-
-#include "ReportCommand.moc"

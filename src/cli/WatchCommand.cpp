@@ -3,6 +3,7 @@
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
 #include "cli/CliEngine.h"
+#include "core/common/PreferenceFileWatch.h"
 #include "core/monitor/StatusJson.h"
 #include "core/monitor/StatusLines.h"
 #include "demo/DemoHotKeyBinding.h"
@@ -26,6 +27,7 @@ public:
         QObject::connect(&state, &AppState::snapshotsChanged, this, &WatchSession::printPass);
         QObject::connect(&state, &AppState::connectionChanged, this,
                          &WatchSession::onConnectionChanged);
+        QObject::connect(&state, &AppState::noticesChanged, this, &WatchSession::printNotices);
         // The demo's quiet ticks are passes too, so a reader never waits long for a line.
         QObject::connect(&state, &AppState::changed, this, [this] {
             if (state_.isDemo() && state_.lastRefresh() && state_.lastRefresh() != printed_)
@@ -57,6 +59,18 @@ private:
             cliOut() << snapshotLine(snapshot, now) << '\n';
     }
 
+    // A team Vercel keeps closed and Vercel asking Quillon to slow down go to standard error, each
+    // when it first appears (the slow-down again with each new time of the next check).
+    void printNotices() {
+        const QStringList notices = state_.notices();
+        for (const QString& notice : notices) {
+            if (!printedNotices_.contains(notice))
+                cliErr() << notice << '\n';
+        }
+        cliErr().flush();
+        printedNotices_ = notices;
+    }
+
     // A failed check ends the watch; one that will be tried again keeps it going (a single
     // pass waits about 30 s for it), and says so.
     void onConnectionChanged() {
@@ -77,6 +91,7 @@ private:
     Format format_;
     QDateTime start_;
     std::optional<QDateTime> printed_;
+    QStringList printedNotices_;
 };
 
 QCoro::Task<int> runWatch(QStringList args) {
@@ -96,6 +111,10 @@ QCoro::Task<int> runWatch(QStringList args) {
         co_return kExitUsage;
     CliEngine engine(*base);
     AppState& state = engine.state;
+    // Mutes and switches changed meanwhile (quillon-cli mute, set) hold from the next pass.
+    PreferenceFileWatch preferences(Preferences::standard().filePath());
+    QObject::connect(&preferences, &PreferenceFileWatch::changed, &state,
+                     &AppState::reloadPreferences);
     std::optional<WatchSession> session;
     std::unique_ptr<DemoHotKeys> hotKeys;
     if (qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1")) {

@@ -15,8 +15,11 @@ class MissingTransport final : public HttpTransport {
 public:
     explicit MissingTransport(QString reason) : reason_(std::move(reason)) {}
     QCoro::Task<HttpReply> get(HttpRequest request) override {
-        co_return HttpReply{request.url, std::nullopt, NetworkFailure::unknownNetwork,
-                            reason_,     {},           false};
+        HttpReply reply;
+        reply.url = request.url;
+        reply.failure = NetworkFailure::unknownNetwork;
+        reply.failureText = reason_;
+        co_return reply;
     }
 
 private:

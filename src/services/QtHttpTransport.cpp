@@ -94,8 +94,10 @@ HttpReply httpReply(const QNetworkReply& reply, Download& download) {
     HttpReply answer;
     answer.url = reply.url();
     const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (status.isValid())
+    if (status.isValid()) {
         answer.status = status.toInt();
+        answer.headers = reply.rawHeaderPairs();
+    }
     answer.failure = reply.error();
     if (reply.error() != QNetworkReply::NoError)
         answer.failureText = reply.errorString();

@@ -1,24 +1,60 @@
 #include "support/FakeVercelAccount.h"
 
 #include <QJsonDocument>
+#include <algorithm>
+
+using Response = LoopbackHttpServer::Response;
+using Request = LoopbackHttpServer::Request;
 
 namespace {
 
-QString teamOf(const LoopbackHttpServer::Request& request) {
+QString queryValue(const Request& request, QLatin1StringView wanted) {
     for (const auto& [name, value] : request.queryItems()) {
-        if (name == QLatin1String("teamId"))
+        if (name == wanted)
             return value;
     }
     return {};
+}
+
+QString teamOf(const Request& request) {
+    return queryValue(request, QLatin1StringView("teamId"));
 }
 
 QByteArray body(const QJsonObject& object) {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-// Vercel pages its lists; one page holds everything here.
-QJsonObject pagination(int count) {
-    return {{"count", count}, {"next", QJsonValue()}, {"prev", QJsonValue()}};
+// The time stamp a list is ordered and paged by.
+double pageKey(const QJsonObject& item, const QString& path) {
+    if (path == QLatin1String("/v9/projects"))
+        return item.value("updatedAt").toDouble();
+    return item.value("createdAt").toDouble(item.value("created").toDouble());
+}
+
+// One page of `all` as Vercel serves it: newest first, older than "until", at most "limit" (20
+// when not given, 100 at most), and pagination.next set while older items remain.
+QJsonObject page(const QString& key, const QString& path, QJsonArray all, const Request& request) {
+    QList<QJsonObject> items;
+    for (const QJsonValue& item : all)
+        items.append(item.toObject());
+    std::stable_sort(items.begin(), items.end(), [&](const QJsonObject& a, const QJsonObject& b) {
+        return pageKey(a, path) > pageKey(b, path);
+    });
+    const QString until = queryValue(request, QLatin1StringView("until"));
+    if (!until.isEmpty()) {
+        const double bound = until.toDouble();
+        items.removeIf([&](const QJsonObject& item) { return pageKey(item, path) >= bound; });
+    }
+    const QString limitText = queryValue(request, QLatin1StringView("limit"));
+    const int limit = std::clamp(limitText.isEmpty() ? 20 : limitText.toInt(), 1, 100);
+    QJsonArray kept;
+    for (int i = 0; i < std::min<int>(limit, items.size()); ++i)
+        kept.append(items.at(i));
+    const QJsonValue next = items.size() > limit ? QJsonValue(pageKey(items.at(limit - 1), path))
+                                                 : QJsonValue(QJsonValue::Null);
+    return {{key, kept},
+            {"pagination",
+             QJsonObject{{"count", kept.size()}, {"next", next}, {"prev", QJsonValue()}}}};
 }
 
 } // namespace
@@ -28,59 +64,123 @@ FakeVercelAccount::FakeVercelAccount(LoopbackHttpServer& server) : server_(serve
          {"/v2/user", "/v2/teams", "/v5/user/tokens/current", "/v9/projects", "/v6/deployments"}) {
         server_.route(path, [this, path](const auto& request) { return answer(path, request); });
     }
-    server_.setFallback([this](const LoopbackHttpServer::Request& request) {
-        const QString path = request.path;
-        if (failures.contains(path))
-            return failures.value(path);
-        if (path.startsWith("/v3/deployments/") && path.endsWith("/events")) {
-            const QString id = path.mid(16, path.size() - 16 - 7);
-            if (events.contains(id))
-                return LoopbackHttpServer::Response::json(
-                    QJsonDocument(events.value(id)).toJson(QJsonDocument::Compact));
-        }
-        return LoopbackHttpServer::Response::vercelError(404, "not_found", "Not Found");
-    });
+    server_.setFallback([this](const Request& request) { return answer(request.path, request); });
 }
 
-LoopbackHttpServer::Response FakeVercelAccount::answer(const QString& path,
-                                                       const LoopbackHttpServer::Request& request) {
-    using Response = LoopbackHttpServer::Response;
-    if (failures.contains(path))
-        return failures.value(path);
-    if (failEvery > 0 && ++served_ % failEvery == 0)
-        return Response::vercelError(500, "internal_server_error", "An unexpected error occurred.");
+Response FakeVercelAccount::samlRefusal(const QString& teamId, const QString& slug) {
+    const QJsonObject error{
+        {"code", "forbidden"},
+        {"message", QStringLiteral("Not authorized: Trying to access resource under scope \"%1\". "
+                                   "You must re-authenticate to this scope or use a token with "
+                                   "access to this scope.")
+                        .arg(slug)},
+        {"saml", true},
+        {"teamId", teamId},
+        {"scope", slug},
+        {"enforced", true}};
+    return Response::json(body({{"error", error}}), 403);
+}
+
+std::optional<Response> FakeVercelAccount::pace(QList<LoopbackHttpServer::Header>& headers) {
+    if (!rateLimit || rateLimit->perMinute <= 0)
+        return std::nullopt;
+    const qint64 seconds = rateLimit->now().toSecsSinceEpoch();
+    if (seconds / 60 != window_) {
+        window_ = seconds / 60;
+        inWindow_ = 0;
+    }
+    ++inWindow_;
+    const qint64 reset = (window_ + 1) * 60;
+    const int remaining = std::max(0, rateLimit->perMinute - inWindow_);
+    headers = {{"X-RateLimit-Limit", QByteArray::number(rateLimit->perMinute)},
+               {"X-RateLimit-Remaining", QByteArray::number(remaining)},
+               {"X-RateLimit-Reset", QByteArray::number(reset)}};
+    if (inWindow_ <= rateLimit->perMinute)
+        return std::nullopt;
+    ++rateLimited_;
+    Response limited = Response::vercelError(429, "rate_limited", "Rate limit exceeded");
+    limited.headers = headers;
+    limited.headers.append({"Retry-After", QByteArray::number(reset - seconds)});
+    return limited;
+}
+
+Response FakeVercelAccount::answer(const QString& path, const Request& request) {
+    QList<LoopbackHttpServer::Header> headers;
+    if (std::optional<Response> limited = pace(headers))
+        return *limited;
+    Response response = [&] {
+        if (failures.contains(path))
+            return failures.value(path);
+        const QString team = teamOf(request);
+        if (!team.isEmpty() && samlTeams.contains(team))
+            return samlRefusal(team, team);
+        if (path.startsWith("/v3/deployments/") && path.endsWith("/events"))
+            return eventsAnswer(path);
+        if (failEvery > 0 && ++served_ % failEvery == 0)
+            return Response::vercelError(500, "internal_server_error",
+                                         "An unexpected error occurred.");
+        return listAnswer(path, request);
+    }();
+    response.headers.append(headers);
+    return response;
+}
+
+Response FakeVercelAccount::eventsAnswer(const QString& path) {
+    const QString id = path.mid(16, path.size() - 16 - 7);
+    if (events.contains(id))
+        return Response::json(QJsonDocument(events.value(id)).toJson(QJsonDocument::Compact));
+    return Response::vercelError(404, "not_found", "Not Found");
+}
+
+Response FakeVercelAccount::listAnswer(const QString& path, const Request& request) {
     if (path == "/v2/user")
         return Response::json(body({{"user", user}}));
     if (path == "/v2/teams")
-        return Response::json(body({{"teams", teams}, {"pagination", pagination(teams.size())}}));
+        return Response::json(body(page("teams", path, teams, request)));
     if (path == "/v5/user/tokens/current")
         return Response::json(body({{"token", token}}));
     const QString scope = teamOf(request);
-    if (path == "/v9/projects") {
-        const QJsonArray list = projects.value(scope);
-        return Response::chunkedJson(
-            body({{"projects", list}, {"pagination", pagination(list.size())}}), 512);
-    }
-    const QJsonArray list = deployments.value(scope);
-    return Response::json(body({{"deployments", list}, {"pagination", pagination(list.size())}}));
+    if (path == "/v9/projects")
+        return Response::chunkedJson(body(page("projects", path, projects.value(scope), request)),
+                                     512);
+    if (path == "/v6/deployments")
+        return Response::json(body(page("deployments", path, deployments.value(scope), request)));
+    return Response::vercelError(404, "not_found", "Not Found");
 }
 
 void FakeVercelAccount::addTeam(const QString& id, const QString& slug) {
     teams.append(QJsonObject{{"id", id},
                              {"slug", slug},
                              {"name", slug.toUpper()},
+                             {"createdAt", 1'700'000'000'000.0 - teams.size() * 1000.0},
                              {"membership", QJsonObject{{"role", "OWNER"}}}});
+}
+
+void FakeVercelAccount::addSamlTeam(const QString& id, const QString& slug, const QString& name) {
+    teams.append(QJsonObject{
+        {"id", id},
+        {"slug", slug},
+        {"name", name},
+        {"createdAt", 1'700'000'000'000.0 - teams.size() * 1000.0},
+        {"limited", true},
+        {"limitedBy", QJsonArray{"scope"}},
+        {"saml", QJsonObject{{"enforced", true},
+                             {"connection", QJsonObject{{"type", "okta"}, {"state", "active"}}}}},
+        {"membership", QJsonObject{{"role", "MEMBER"}, {"confirmed", true}}}});
+    samlTeams.insert(id);
 }
 
 void FakeVercelAccount::addProject(const QString& scope, const QString& id, const QString& name,
                                    const QJsonArray& latest) {
+    QJsonArray list = projects.value(scope);
+    // Listed newest first: each project added counts as updated a second before the one before.
     QJsonObject project{{"id", id},
                         {"name", name},
                         {"framework", "nextjs"},
+                        {"updatedAt", 1'790'000'000'000.0 - list.size() * 1000.0},
                         {"accountId", scope.isEmpty() ? "usr_1" : scope}};
     if (!latest.isEmpty())
         project.insert("latestDeployments", latest);
-    QJsonArray list = projects.value(scope);
     list.append(project);
     projects.insert(scope, list);
 }

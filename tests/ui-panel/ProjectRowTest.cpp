@@ -76,7 +76,10 @@ TEST(ProjectRowTexts, DescriptionAgeAndFreshness) {
               "Failed after 1 min 23 s · Fix build");
     EXPECT_EQ(description(failed, true), "Échec après 1 min 23 s · main");
     EXPECT_EQ(description(Snap("QUEUED").branch("main"), false), "Queued · main");
-    EXPECT_EQ(description(Snap("SLEEPING"), false), "Deployed"); // unknown states read as done
+    // A state Quillon does not know shows Vercel's word with the commit, not "No deployment".
+    EXPECT_EQ(description(Snap("SLEEPING").commit("Fix build"), false),
+              "State SLEEPING · Fix build");
+    EXPECT_EQ(description(Snap("BLOCKED").branch("main"), true), "Bloqué · main");
     EXPECT_EQ(description(noDeployment(), false), "No deployment yet");
 
     // Running builds count up from their start, never below zero; finished ones age.

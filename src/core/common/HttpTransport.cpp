@@ -9,6 +9,14 @@ std::function<HttpTransport&()>& provider() {
 
 } // namespace
 
+std::optional<QByteArray> HttpReply::header(QByteArrayView name) const {
+    for (const auto& [key, value] : headers) {
+        if (key.compare(name, Qt::CaseInsensitive) == 0)
+            return value;
+    }
+    return std::nullopt;
+}
+
 HttpTransport& HttpTransport::shared() {
     Q_ASSERT_X(provider(), "HttpTransport::shared", "the program wired no transport");
     return provider()();

@@ -38,9 +38,9 @@ struct HttpRequest {
     qint64 maxBodyBytes = 0;
 };
 
-// A finished GET: where it ended (after redirects), its HTTP status when one arrived, the
-// transport's failure code and sentence, and the body, or nothing and `tooLarge` once the body
-// passed the cap, which abandons the transfer.
+// A finished GET: where it ended (after redirects), its HTTP status and headers when an answer
+// arrived, the transport's failure code and sentence, and the body, or nothing and `tooLarge`
+// once the body passed the cap, which abandons the transfer.
 struct HttpReply {
     QUrl url;
     std::optional<int> status;
@@ -48,6 +48,10 @@ struct HttpReply {
     QString failureText;
     QByteArray body;
     bool tooLarge = false;
+    QList<std::pair<QByteArray, QByteArray>> headers; // as received
+
+    // The first header named `name`, compared without case.
+    std::optional<QByteArray> header(QByteArrayView name) const;
 };
 
 // HTTP as the core needs it: GETs, made and answered on the main thread. The implementation (and

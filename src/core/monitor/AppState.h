@@ -4,9 +4,13 @@
 #include "core/keychain/KeychainMode.h"
 #include "core/monitor/Clock.h"
 #include "core/monitor/ConnectionState.h"
+#include "core/monitor/FailureRecovery.h"
 #include "core/monitor/NetworkWatch.h"
 #include "core/monitor/NotificationPause.h"
+#include "core/monitor/NotificationPolicy.h"
 #include "core/monitor/PlatformServices.h"
+#include "core/monitor/ProjectMute.h"
+#include "core/monitor/ScopeProblem.h"
 #include "core/vercel/ProjectRef.h"
 #include "core/vercel/ProjectSnapshot.h"
 #include "core/vercel/VercelAPI.h"
@@ -21,6 +25,7 @@
 class Preferences;
 class KeychainStore;
 class DemoDirector;
+class PassAccumulator;
 
 // The one central state of the application: the connection, the projects, the snapshots the
 // refresh cycle produces, today's count and every preference. Views observe its change signals
@@ -44,6 +49,14 @@ class AppState : public QObject {
     Q_PROPERTY(
         bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY preferencesChanged)
     Q_PROPERTY(bool slowBuildWarning READ slowBuildWarning WRITE setSlowBuildWarning NOTIFY
+                   preferencesChanged)
+    Q_PROPERTY(bool notifyProductionOnly READ notifyProductionOnly WRITE setNotifyProductionOnly
+                   NOTIFY preferencesChanged)
+    Q_PROPERTY(
+        bool notifyOnlyMine READ notifyOnlyMine WRITE setNotifyOnlyMine NOTIFY preferencesChanged)
+    Q_PROPERTY(bool notifyWhenFixed READ notifyWhenFixed WRITE setNotifyWhenFixed NOTIFY
+                   preferencesChanged)
+    Q_PROPERTY(bool ignoreBotBranches READ ignoreBotBranches WRITE setIgnoreBotBranches NOTIFY
                    preferencesChanged)
 public:
     // What AppState is handed at creation; every reference must outlive it.
@@ -82,6 +95,16 @@ public:
     const std::optional<VercelAPI>& api() const { return api_; }
     const QList<Scope>& scopes() const { return scopes_; }
     const std::optional<Tone>& previewTone() const { return previewTone_; }
+    // What keeps part of the account from being watched as usual, one sentence each, in the
+    // user's language: a team that refuses the token, Vercel asking Quillon to slow down.
+    QStringList notices() const;
+    // The scopes Vercel keeps closed, by scopeKey.
+    const QHash<QString, ScopeProblem>& scopeProblems() const { return scopeProblems_; }
+    // The last pass could not read everything because Vercel asked Quillon to slow down: what is
+    // shown is older than it looks.
+    bool isStale() const { return slowedDown_; }
+    // When the polling loop runs its next pass.
+    const std::optional<QDateTime>& nextCheck() const { return nextCheck_; }
 
     // Preferences.
     const QSet<QString>& monitoredIDs() const { return monitoredIDs_; }
@@ -101,6 +124,34 @@ public:
     void setLaunchAtLogin(bool enabled);
     bool slowBuildWarning() const { return slowBuildWarning_; }
     void setSlowBuildWarning(bool on);
+    bool notifyProductionOnly() const { return policyFilters_.productionOnly; }
+    void setNotifyProductionOnly(bool on);
+    bool notifyOnlyMine() const { return policyFilters_.onlyMine; }
+    void setNotifyOnlyMine(bool on);
+    bool notifyWhenFixed() const { return notifyWhenFixed_; }
+    void setNotifyWhenFixed(bool on);
+    bool ignoreBotBranches() const { return policyFilters_.ignoreBots; }
+    void setIgnoreBotBranches(bool on);
+    // Reads the preferences again after another process (quillon-cli) changed them; only what
+    // changed is announced and acted upon.
+    void reloadPreferences();
+
+    // Muted projects. A mute with an end ends by itself, on the clock. Outside demo mode the
+    // mutes are kept in the preferences; the demo's projects are muted for the session only.
+    const ProjectMutes& mutes() const { return mutes_; }
+    // The project's mute while it lasts.
+    std::optional<ProjectMute> activeMute(const QString& projectId) const;
+    void muteProject(const QString& projectId, const QString& name, MuteLength length);
+    void muteProjectUntil(const QString& projectId, const QString& name,
+                          std::optional<QDateTime> until);
+    void unmuteProject(const QString& projectId);
+
+    // The account's user id, the creator "only my deployments" looks for; absent until known.
+    const std::optional<QString>& accountUserId() const { return accountUserId_; }
+    // The rules of what may interrupt the user, as they stand now.
+    NotificationPolicy notificationPolicy() const;
+    // Whether the snapshot's latest deployment may reach a notification or the capsule now.
+    bool interrupts(const ProjectSnapshot& snapshot) const;
 
     // Monitored set.
     QSet<QString> effectiveMonitoredIDs() const;
@@ -157,10 +208,19 @@ Q_SIGNALS:
     void preferencesChanged();
     void lastErrorChanged();
     void refreshingChanged();
+    void noticesChanged();
 
 private:
     void readPreferences();
+    void readPolicyPreferences();
     void announcePreferences();
+    void setMutes(ProjectMutes mutes);
+    void scheduleMuteEnd();
+    static QCoro::Task<> endMutesAfter(QPointer<AppState> self, std::chrono::milliseconds wait,
+                                       std::shared_ptr<Cancellation> token);
+    void endDueMutes();
+    void noticeFixes(const QList<ProjectSnapshot>& snapshots, const NotificationPolicy& policy,
+                     const QDateTime& now);
     void storeBoolean(bool& field, const QString& key, bool value);
     void persistMonitored();
     void setConnection(Connection connection);
@@ -170,13 +230,34 @@ private:
     VercelAPI makeApi(const QString& token) const;
     void cancelLoop();
     QCoro::Task<> checkAccount(QString token);
+    void failCheck(const QString& token, const RequestError& error);
+    void adoptScopes(const VercelUser& user, const std::optional<QList<VercelTeam>>& teams);
+    void publishProjects(QList<ProjectRef> refs);
     void scheduleRetry(const QString& token, const RequestError& error);
     void cancelRetry();
     static QCoro::Task<> runRetry(QPointer<AppState> self, std::shared_ptr<Cancellation> token,
                                   QString apiToken, std::chrono::milliseconds delay);
-    bool handlePassError(const RequestError& error);
+    // What a pass does with one scope: done with it, ended the connection, or found AppState
+    // gone or replaced.
+    enum class ScopeStep { next, ended, abandoned };
+    // What a pass learns on the way and acts on at its end.
+    struct PassNotes {
+        std::optional<QDateTime> heldUntil; // Vercel asked to wait until then
+        bool relist = false;                // a scope missing from the project list answered
+    };
+    QCoro::Task<ScopeStep> refreshScope(VercelAPI client, Scope scope, PassAccumulator& pass,
+                                        PassNotes& notes);
+    ScopeStep failScope(const RequestError& error, const Scope& scope, PassNotes& notes);
+    void useLastAnswer(const Scope& scope, PassAccumulator& pass, bool projectsToo) const;
+    void finishPass(PassAccumulator& pass, const PassNotes& notes, int requests);
+    bool isLeftAlone(const QString& key) const;
+    void setScopeProblem(const QString& key, std::optional<ScopeProblem> problem);
+    void noteScopeAnswered(const QString& key, PassNotes* notes);
+    void setSlowedDown(bool slowed);
+    // The monitored projects of `scope`, which a pass reads project pages until it has seen.
+    QSet<QString> monitoredIn(const Scope& scope) const;
     void startDemo();
-    std::chrono::milliseconds pauseAfterPass() const;
+    std::chrono::milliseconds pauseAfterPass();
     static QCoro::Task<> runDemoTicks(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
     QCoro::Task<> passFinished(std::shared_ptr<Cancellation> token);
     static QCoro::Task<> runLoop(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
@@ -203,6 +284,11 @@ private:
     bool heroMonochrome_ = true;
     bool liveActivity_ = true;
     bool slowBuildWarning_ = false;
+    NotificationPolicy::Filters policyFilters_;
+    bool notifyWhenFixed_ = false;
+    ProjectMutes mutes_;
+    std::shared_ptr<Cancellation> muteTask_;
+    std::optional<QString> accountUserId_;
     std::optional<VercelAPI> api_;
     // Bumped when the token is removed, so a pass still waiting on the network publishes nothing.
     quint64 generation_ = 0;
@@ -215,7 +301,18 @@ private:
         QList<VercelDeployment> deployments;
     };
     QHash<QString, ScopeAnswer> lastAnswers_;
+    QHash<QString, QString> scopeNames_;         // by scopeKey, for sentences
+    QHash<QString, ScopeProblem> scopeProblems_; // by scopeKey
+    QSet<QString> unlistedScopes_; // scopes whose projects the last listing could not read
+    bool teamsMissing_ = false;    // the account's teams could not be read
+    bool slowedDown_ = false;
+    std::optional<QDateTime> nextCheck_;
+    int lastPassRequests_ = 0;
+    // Paces the requests of the current token by Vercel's rate-limit headers.
+    std::shared_ptr<RateLimitPacer> pacer_;
     std::shared_ptr<Cancellation> loopTask_;
+    // Ends the waits of failure reports for a log's last lines when AppState goes.
+    std::shared_ptr<Cancellation> reportWaits_ = std::make_shared<Cancellation>();
     std::shared_ptr<Cancellation> retryTask_;
     int retryAttempt_ = 0; // failed checks in a row, for the back-off
     QHash<QString, DeployStatus> previousStatus_;
@@ -223,6 +320,7 @@ private:
     // Failures shown this session, by deployment id, for "Copy for AI" on their notification.
     QHash<QString, ProjectSnapshot> notifiedFailures_;
     QSet<QString> slowWarned_;
+    FailureRecovery recovery_;
     NotificationPause pause_{services_.clock, services_.notifications};
     std::optional<Tone> previewTone_;
     QtTranslation qtTranslation_;

@@ -1,14 +1,11 @@
-// Turning a token into a connection: the user check, the scopes, the token's expiry and the
-// project list.
+// Turning a token into a connection: the user check, the teams and scopes, the token's expiry;
+// retried checks; storing and removing the token.
 #include "core/common/Language.h"
-#include "core/common/Preferences.h"
 #include "core/common/TimeTexts.h"
 #include "core/keychain/KeychainStore.h"
 #include "core/monitor/AppState.h"
-#include "core/monitor/PreferenceKeys.h"
+#include "core/vercel/VercelPages.h"
 #include "core/vercel/VercelTime.h"
-
-#include <QCollator>
 
 namespace {
 
@@ -53,12 +50,56 @@ std::chrono::milliseconds retryDelay(int attempt) {
     return delays[std::min<std::size_t>(attempt, delays.size() - 1)];
 }
 
+// Why the account check failed. A 403 that does not reject the token comes from a token made for
+// one project only (Vercel's project-scoped tokens): it cannot see the account.
+QString accountCheckMessage(const RequestError& error) {
+    if (error.isForbidden())
+        return Language::text("This token is limited to one project: create a token for your "
+                              "whole account on vercel.com.",
+                              "Ce jeton est limité à un seul projet : créez sur vercel.com un "
+                              "jeton pour tout votre compte.");
+    return error.message();
+}
+
 } // namespace
 
 QCoro::Task<> AppState::connect(QString token) {
     cancelRetry();
     retryAttempt_ = 0;
+    // A new token starts with no word from Vercel on its pace.
+    if (pacer_)
+        pacer_->forgetClock();
+    Clock& clock = services_.clock;
+    pacer_ = std::make_shared<RateLimitPacer>([&clock] { return clock.now(); });
     co_await checkAccount(std::move(token));
+}
+
+void AppState::failCheck(const QString& token, const RequestError& error) {
+    api_.reset();
+    if (error.canPass())
+        scheduleRetry(token, error);
+    else
+        setConnection(Connection::failed(accountCheckMessage(error)));
+}
+
+void AppState::adoptScopes(const VercelUser& user, const std::optional<QList<VercelTeam>>& teams) {
+    const QList<VercelTeam> known = teams.value_or(QList<VercelTeam>());
+    scopes_ = scopesFor(user, known);
+    teamsMissing_ = !teams;
+    lastAnswers_.clear();
+    unlistedScopes_.clear();
+    scopeNames_.clear();
+    scopeProblems_.clear();
+    scopeNames_.insert(scopeKey({std::nullopt, user.username}), user.username);
+    const QDateTime askAgain = ScopeProblem::askAgainFrom(services_.clock.now());
+    for (const VercelTeam& team : known) {
+        const QString key = scopeKey({team.id, team.slug});
+        scopeNames_.insert(key, teamDisplayName(team));
+        // Asking a team the token may not read would only earn a 403: it waits a while.
+        if (const std::optional<ScopeProblem> problem = ScopeProblem::fromTeam(team, askAgain))
+            scopeProblems_.insert(key, *problem);
+    }
+    Q_EMIT noticesChanged();
 }
 
 QCoro::Task<> AppState::checkAccount(QString token) {
@@ -78,22 +119,23 @@ QCoro::Task<> AppState::checkAccount(QString token) {
     if (abandoned())
         co_return;
     if (!user) {
-        api_.reset();
-        if (user.error().canPass())
-            scheduleRetry(token, user.error());
-        else
-            setConnection(Connection::failed(user.error().message()));
+        failCheck(token, user.error());
+        co_return;
+    }
+    // Teams that fail for a reason that can pass are asked again like the account; without them
+    // the teams' projects would go unwatched until the next check.
+    const RequestResult<TeamsResponse> teams =
+        co_await getAllPages<TeamsResponse>(client, QStringLiteral("/v2/teams"), limit100);
+    if (abandoned())
+        co_return;
+    if (!teams && teams.error().canPass()) {
+        failCheck(token, teams.error());
         co_return;
     }
     retryAttempt_ = 0;
-    const RequestResult<TeamsResponse> teams =
-        co_await client.get<TeamsResponse>(QStringLiteral("/v2/teams"), limit100);
-    if (abandoned())
-        co_return;
-
     api_ = client;
-    lastAnswers_.clear();
-    scopes_ = scopesFor(user->user, teams ? teams->teams : QList<VercelTeam>());
+    adoptScopes(user->user, teams ? std::optional(teams->teams) : std::nullopt);
+    accountUserId_ = user->user.id;
     setConnection(Connection::connected(user->user.username));
     setLastError(std::nullopt);
 
@@ -108,48 +150,6 @@ QCoro::Task<> AppState::checkAccount(QString token) {
     if (abandoned())
         co_return;
     startLoop();
-}
-
-QCoro::Task<> AppState::loadProjects() {
-    if (!api_)
-        co_return;
-    QPointer<AppState> self(this);
-    const quint64 generation = generation_;
-    const VercelAPI client = *api_;
-    const QList<Scope> scopes = scopes_;
-    QList<ProjectRef> refs;
-    QSet<QString> seen;
-    for (const Scope& scope : scopes) {
-        const RequestResult<ProjectsResponse> answer = co_await client.get<ProjectsResponse>(
-            QStringLiteral("/v9/projects"), VercelAPI::withTeam(scope.teamId, limit100));
-        if (!self || self->generation_ != generation)
-            co_return;
-        if (!answer)
-            continue;
-        for (const VercelProject& project : answer->projects) {
-            if (seen.contains(project.id))
-                continue;
-            seen.insert(project.id);
-            refs.append({project.id, project.name, scope.teamId, scope.slug});
-        }
-    }
-    QCollator collator;
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
-    std::stable_sort(refs.begin(), refs.end(), [&](const ProjectRef& a, const ProjectRef& b) {
-        return collator.compare(a.name, b.name) < 0;
-    });
-    availableProjects_ = refs;
-    Q_EMIT availableProjectsChanged();
-    Q_EMIT changed();
-
-    const bool configured =
-        services_.preferences.boolean(PreferenceKeys::projectsConfigured).value_or(false);
-    if (!configured && !refs.isEmpty()) {
-        monitoredIDs_.clear();
-        for (const ProjectRef& ref : refs)
-            monitoredIDs_.insert(ref.id);
-        persistMonitored();
-    }
 }
 
 QCoro::Task<> AppState::saveToken(QString raw) {
@@ -170,7 +170,11 @@ QCoro::Task<> AppState::saveToken(QString raw) {
 }
 
 void AppState::scheduleRetry(const QString& token, const RequestError& error) {
-    const std::chrono::milliseconds delay = retryDelay(retryAttempt_++);
+    std::chrono::milliseconds delay = retryDelay(retryAttempt_++);
+    // Vercel asked to wait: the next check comes no sooner.
+    if (error.isRateLimited() && error.apiError()->retryAt())
+        delay = std::max(delay, std::chrono::milliseconds(
+                                    services_.clock.now().msecsTo(*error.apiError()->retryAt())));
     setConnection(
         Connection::retrying(error.message(), services_.clock.now().addMSecs(delay.count())));
     cancelRetry();
@@ -219,6 +223,11 @@ void AppState::removeToken() {
     api_.reset();
     scopes_.clear();
     lastAnswers_.clear();
+    scopeProblems_.clear();
+    unlistedScopes_.clear();
+    slowedDown_ = false;
+    nextCheck_.reset();
+    accountUserId_.reset();
     keychainMode_.reset();
     tokenExpiry_ = TokenExpiry::unknown();
     snapshots_.clear();
@@ -228,6 +237,7 @@ void AppState::removeToken() {
     Q_EMIT snapshotsChanged();
     Q_EMIT availableProjectsChanged();
     setConnection(Connection::noToken());
+    Q_EMIT noticesChanged();
     // A copy left in a keyring that stayed locked is marked outdated and never read again.
     setLastError(
         kept ? std::optional<QString>(kept->errorDescription() + QLatin1Char(' ') +

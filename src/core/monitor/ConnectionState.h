@@ -49,3 +49,10 @@ struct Scope {
     QString slug;
     friend bool operator==(const Scope&, const Scope&) = default;
 };
+
+// A key per scope for the engine's bookkeeping; team ids and user names never collide with each
+// other's prefix.
+inline QString scopeKey(const Scope& scope) {
+    return scope.teamId ? QStringLiteral("team:") + *scope.teamId
+                        : QStringLiteral("user:") + scope.slug;
+}

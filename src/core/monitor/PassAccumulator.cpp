@@ -6,6 +6,10 @@ double creationTime(const VercelDeployment& deployment) {
     return deployment.createdAt.value_or(deployment.created.value_or(0.0));
 }
 
+QDateTime localStartOfDay(const QDateTime& now) {
+    return now.toLocalTime().date().startOfDay();
+}
+
 namespace {
 
 QList<VercelDeployment> uniqueNewestFirst(const QList<VercelDeployment>& list) {

@@ -40,3 +40,5 @@ private:
 
 // createdAt, else created, else 0 (ms since the epoch).
 double creationTime(const VercelDeployment& deployment);
+// Local midnight of the day `now` falls in: where today's count starts.
+QDateTime localStartOfDay(const QDateTime& now);

@@ -41,7 +41,7 @@ QString snapshotLine(const ProjectSnapshot& snapshot, const QDateTime& now) {
     if (d && (d->createdAt || d->created))
         created = dateFromMilliseconds(d->createdAt.value_or(d->created.value_or(0)));
     const QStringList parts{
-        title(snapshot.status()),
+        snapshot.statusTitle(Language::isFrench()),
         snapshot.name,
         orDash(d ? d->branch() : std::nullopt),
         orDash(d ? d->shortSHA() : std::nullopt),

@@ -12,6 +12,13 @@ QString APIError::errorDescription() const {
     case Kind::unauthorized:
         return Language::text("Token rejected by Vercel. It is invalid or expired.",
                               "Jeton refusé par Vercel. Il est invalide ou expiré.");
+    case Kind::forbidden:
+        if (saml_)
+            return Language::text("This team requires SAML sign-in: sign in on vercel.com.",
+                                  "Cette équipe exige une connexion SAML : connectez-vous sur "
+                                  "vercel.com.");
+        return Language::text("This token has no access to this team or account.",
+                              "Ce jeton n'a pas accès à cette équipe ou à ce compte.");
     case Kind::rateLimited:
         return Language::text("Vercel rate limit reached, retrying soon.",
                               "Limite d'appels Vercel atteinte, nouvel essai bientôt.");
@@ -37,6 +44,7 @@ bool RequestError::canPass() const {
     case APIError::Kind::http:
         return api->status() >= 500 || api->status() == 408;
     case APIError::Kind::unauthorized:
+    case APIError::Kind::forbidden:
     case APIError::Kind::badResponse:
         return false;
     }

@@ -96,6 +96,10 @@ QCoro::Task<RequestResult<QStringList>> buildLog(const VercelAPI& api, QString d
     co_return cleanBuildLog(events.value());
 }
 
+bool mentionsError(const QStringList& lines) {
+    return std::any_of(lines.begin(), lines.end(), hasErrorMarker);
+}
+
 QStringList relevantLogExcerpt(const QStringList& lines) {
     const qsizetype n = lines.size();
     for (qsizetype i = 0; i < n; ++i) {

@@ -14,13 +14,14 @@ struct StatusText {
 };
 
 // In the order of the cases.
-constexpr std::array<StatusText, 7> statusTexts{{
+constexpr std::array<StatusText, 8> statusTexts{{
     {DeployStatus::queued, "QUEUED", "Queued", "En attente"},
     {DeployStatus::initializing, "INITIALIZING", "Initializing", "Initialisation"},
     {DeployStatus::building, "BUILDING", "Building", "Build en cours"},
     {DeployStatus::ready, "READY", "Live", "En ligne"},
     {DeployStatus::error, "ERROR", "Failed", "Échec"},
     {DeployStatus::canceled, "CANCELED", "Canceled", "Annulé"},
+    {DeployStatus::blocked, "BLOCKED", "Blocked", "Bloqué"},
     {DeployStatus::unknown, "UNKNOWN", "No deployment", "Aucun déploiement"},
 }};
 
@@ -54,4 +55,8 @@ QString title(DeployStatus status, bool french) {
 bool isInProgress(DeployStatus status) {
     return status == DeployStatus::queued || status == DeployStatus::initializing ||
            status == DeployStatus::building;
+}
+
+bool isFailure(DeployStatus status) {
+    return status == DeployStatus::error || status == DeployStatus::blocked;
 }

@@ -26,6 +26,10 @@ DeployStatus ProjectSnapshot::status() const {
     return latest ? latest->status() : DeployStatus::unknown;
 }
 
+QString ProjectSnapshot::statusTitle(bool french) const {
+    return latest ? latest->statusTitle(french) : title(DeployStatus::unknown, french);
+}
+
 std::optional<QUrl> ProjectSnapshot::dashboardURL() const {
     if (scopeSlug == QLatin1StringView("demo"))
         return std::nullopt;

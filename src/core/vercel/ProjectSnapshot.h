@@ -17,6 +17,8 @@ struct ProjectSnapshot {
 
     // unknown when there is no latest deployment.
     DeployStatus status() const;
+    // "No deployment" without a latest deployment, else the latest deployment's status title.
+    QString statusTitle(bool french) const;
     // The deployment's inspector page, or a link built from scope, name and id; none for the
     // demo scope.
     std::optional<QUrl> dashboardURL() const;

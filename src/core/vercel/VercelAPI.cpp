@@ -3,6 +3,8 @@
 #include "core/common/HttpTransport.h"
 #include "core/common/Language.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <memory>
 
 namespace {
@@ -70,28 +72,44 @@ bool isHttp(const QUrl& url) {
     return url.scheme() == QLatin1String("https") || url.scheme() == QLatin1String("http");
 }
 
-RequestResult<QByteArray> statusResult(int status, QByteArray body) {
+// Vercel's 403 says in its body whether the token itself is refused (`invalidToken`) or only
+// kept out of this scope, and then whether the scope wants a SAML sign-in (`saml` with
+// `enforced`, as Vercel's CLI reads it): {"error": {"code": "forbidden", "saml": true, …}}.
+APIError forbiddenError(const QByteArray& body) {
+    const QJsonObject error =
+        QJsonDocument::fromJson(body).object().value(QLatin1String("error")).toObject();
+    if (error.value(QLatin1String("invalidToken")).toBool())
+        return APIError::unauthorized();
+    return APIError::forbidden(error.value(QLatin1String("saml")).toBool() &&
+                               error.value(QLatin1String("enforced")).toBool());
+}
+
+RequestResult<QByteArray> statusResult(int status, QByteArray body,
+                                       std::optional<QDateTime> retryAt) {
     if (status >= 200 && status <= 299)
         return body;
-    if (status == 401 || status == 403)
+    if (status == 401)
         return RequestError(APIError::unauthorized());
+    if (status == 403)
+        return RequestError(forbiddenError(body));
     if (status == 429)
-        return RequestError(APIError::rateLimited());
+        return RequestError(APIError::rateLimited(std::move(retryAt)));
     return RequestError(APIError::http(status));
 }
 
-RequestResult<QByteArray> outcome(HttpReply& reply) {
+// `retryAt`: when a 429 lets the next request go.
+RequestResult<QByteArray> outcome(HttpReply& reply, std::optional<QDateTime> retryAt) {
     if (reply.tooLarge)
         return RequestError(APIError::badResponse());
     // A redirect the stack refused to follow is an answer like any other status.
     if (isRefusedRedirect(reply.failure) && reply.status)
-        return statusResult(*reply.status, {});
+        return statusResult(*reply.status, {}, retryAt);
     if (isTransportFailure(reply.failure))
         return RequestError(transportError(reply));
     // Qt gives file: and data: replies a status of 200 too; only the scheme tells HTTP apart.
     if (!isHttp(reply.url) || !reply.status)
         return RequestError(APIError::badResponse());
-    return statusResult(*reply.status, std::move(reply.body));
+    return statusResult(*reply.status, std::move(reply.body), std::move(retryAt));
 }
 
 QByteArray encodedQuery(const VercelAPI::Query& query) {
@@ -116,6 +134,12 @@ VercelAPI VercelAPI::withTimeout(std::chrono::milliseconds timeout) const {
     return copy;
 }
 
+VercelAPI VercelAPI::withPacer(std::shared_ptr<RateLimitPacer> pacer) const {
+    VercelAPI copy = *this;
+    copy.pacer_ = std::move(pacer);
+    return copy;
+}
+
 VercelAPI::Query VercelAPI::withTeam(const std::optional<QString>& teamId, Query query) {
     if (teamId)
         query.append({QStringLiteral("teamId"), *teamId});
@@ -137,11 +161,20 @@ QUrl VercelAPI::requestUrl(const QString& path, const Query& query) const {
 }
 
 QCoro::Task<RequestResult<QByteArray>> VercelAPI::fetch(QString path, Query query) const {
+    const std::shared_ptr<RateLimitPacer> pacer = pacer_; // this copy may be gone on resuming
+    if (pacer) {
+        if (std::optional<QDateTime> held = pacer->heldUntil())
+            co_return RequestError(APIError::rateLimited(std::move(held)));
+        pacer->countSent();
+    }
     HttpRequest request{
         requestUrl(path, query),
         {{QByteArrayLiteral("Authorization"), QByteArrayLiteral("Bearer ") + token_.toUtf8()}},
         timeout_,
         kMaxBodyBytes};
     HttpReply reply = co_await boundedGet(std::move(request));
-    co_return outcome(reply);
+    if (!pacer)
+        co_return outcome(reply, retryTimeOf(reply, QDateTime::currentDateTime()));
+    pacer->observe(reply);
+    co_return outcome(reply, pacer->heldUntil());
 }

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "core/vercel/APIError.h"
+#include "core/vercel/RateLimitPacer.h"
 #include "core/vercel/VercelDecoding.h"
 
 #include <QCoro/QCoroTask>
 #include <QList>
 #include <QUrl>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -29,6 +31,10 @@ public:
     // 20 s unless lowered (tests).
     std::chrono::milliseconds timeout() const { return timeout_; }
     VercelAPI withTimeout(std::chrono::milliseconds timeout) const;
+    // Requests paced by `pacer`, which every copy shares: while Vercel asks to wait they fail at
+    // once with `rateLimited`, without being sent.
+    VercelAPI withPacer(std::shared_ptr<RateLimitPacer> pacer) const;
+    RateLimitPacer* pacer() const { return pacer_.get(); }
 
     // `query` plus "teamId" = teamId at the end when a team is given.
     static Query withTeam(const std::optional<QString>& teamId, Query query);
@@ -53,4 +59,5 @@ private:
     QString token_;
     QUrl base_;
     std::chrono::milliseconds timeout_{20000};
+    std::shared_ptr<RateLimitPacer> pacer_;
 };

@@ -27,6 +27,13 @@ template <typename V> bool read(const V& v, double& out) {
     return true;
 }
 
+template <typename V> bool read(const V& v, bool& out) {
+    if (!v.isBool())
+        return false;
+    out = v.boolean();
+    return true;
+}
+
 template <typename V> bool read(const V& v, JSONScalar& out);
 template <typename V> bool read(const V& v, VercelDeployment& out);
 template <typename V> bool read(const V& v, VercelProject& out);
@@ -125,20 +132,34 @@ bool readMeta(const std::optional<V>& v, std::optional<QMap<QString, JSONScalar>
     return true;
 }
 
+// Of `creator` only its `uid` is read: whose deployment it is.
+template <typename V> bool readCreator(const std::optional<V>& v, std::optional<QString>& out) {
+    out.reset();
+    if (!v || v->isNull())
+        return true;
+    if (!v->isObject())
+        return false;
+    const auto [uid] = members(*v, std::array<std::string_view, 1>{"uid"});
+    return optional(uid, out);
+}
+
 template <typename V> bool read(const V& v, VercelDeployment& out) {
     if (!v.isObject())
         return false;
-    static constexpr std::array<std::string_view, 14> keys{
-        "id",    "uid",       "name",    "projectId",  "url",   "inspectorUrl", "readyState",
-        "state", "createdAt", "created", "buildingAt", "ready", "target",       "meta"};
+    static constexpr std::array<std::string_view, 16> keys{
+        "id",           "uid",        "name",   "projectId", "url",
+        "inspectorUrl", "readyState", "state",  "createdAt", "created",
+        "buildingAt",   "ready",      "target", "meta",      "readyStateReason",
+        "creator"};
     const auto [id, uid, name, projectId, url, inspectorUrl, readyState, state, createdAt, created,
-                buildingAt, ready, target, meta] = members(v, keys);
+                buildingAt, ready, target, meta, readyStateReason, creator] = members(v, keys);
     return optional(id, out.id) && optional(uid, out.uid) && optional(name, out.name) &&
            optional(projectId, out.projectId) && optional(url, out.url) &&
            optional(inspectorUrl, out.inspectorUrl) && optional(readyState, out.readyState) &&
            optional(state, out.state) && optional(createdAt, out.createdAt) &&
            optional(created, out.created) && optional(buildingAt, out.buildingAt) &&
-           optional(ready, out.ready) && optional(target, out.target) && readMeta(meta, out.meta);
+           optional(ready, out.ready) && optional(target, out.target) && readMeta(meta, out.meta) &&
+           optional(readyStateReason, out.readyStateReason) && readCreator(creator, out.creatorUid);
 }
 
 template <typename V> bool read(const V& v, VercelProject& out) {
@@ -150,21 +171,35 @@ template <typename V> bool read(const V& v, VercelProject& out) {
            optional(latestDeployments, out.latestDeployments);
 }
 
+// Of a team's `saml` object only `enforced` matters.
+template <typename V> bool readSaml(const std::optional<V>& v, std::optional<bool>& enforced) {
+    enforced.reset();
+    if (!v || v->isNull())
+        return true;
+    if (!v->isObject())
+        return false;
+    const auto [flag] = members(*v, std::array<std::string_view, 1>{"enforced"});
+    return optional(flag, enforced);
+}
+
 template <typename V> bool read(const V& v, VercelTeam& out) {
     if (!v.isObject())
         return false;
-    static constexpr std::array<std::string_view, 3> keys{"id", "slug", "name"};
-    const auto [id, slug, name] = members(v, keys);
-    return required(id, out.id) && required(slug, out.slug) && optional(name, out.name);
+    static constexpr std::array<std::string_view, 6> keys{"id",      "slug",      "name",
+                                                          "limited", "limitedBy", "saml"};
+    const auto [id, slug, name, limited, limitedBy, saml] = members(v, keys);
+    return required(id, out.id) && required(slug, out.slug) && optional(name, out.name) &&
+           optional(limited, out.limited) && optional(limitedBy, out.limitedBy) &&
+           readSaml(saml, out.samlEnforced);
 }
 
 template <typename V> bool read(const V& v, VercelUser& out) {
     if (!v.isObject())
         return false;
-    static constexpr std::array<std::string_view, 4> keys{"username", "email", "name",
+    static constexpr std::array<std::string_view, 5> keys{"id", "username", "email", "name",
                                                           "defaultTeamId"};
-    const auto [username, email, name, defaultTeamId] = members(v, keys);
-    return required(username, out.username) && optional(email, out.email) &&
+    const auto [id, username, email, name, defaultTeamId] = members(v, keys);
+    return optional(id, out.id) && required(username, out.username) && optional(email, out.email) &&
            optional(name, out.name) && optional(defaultTeamId, out.defaultTeamId);
 }
 
@@ -182,6 +217,20 @@ template <typename V> bool read(const V& v, VercelBuildEvent::Payload& out) {
     static constexpr std::array<std::string_view, 1> keys{"text"};
     const auto [text] = members(v, keys);
     return optional(text, out.text);
+}
+
+// An array of events in which null stands for no event.
+template <typename V> bool readEvents(const V& v, BuildEventList& out) {
+    if (v.isNull())
+        return true;
+    if (!v.isArray())
+        return false;
+    out.reserve(v.size());
+    return v.everyElement([&](const V& item) {
+        if (item.isNull())
+            return true;
+        return read(item, out.emplaceBack());
+    });
 }
 
 template <typename V> bool read(const V& v, VercelBuildEvent& out) {
@@ -208,6 +257,7 @@ std::optional<Decoded> decodeBody(const QByteArray& body, Decode decode) {
         return std::nullopt;
     const QJsonValue top = document.isObject()  ? QJsonValue(document.object())
                            : document.isArray() ? QJsonValue(document.array())
+                           : document.isNull()  ? QJsonValue(QJsonValue::Null)
                                                 : QJsonValue(QJsonValue::Undefined);
     return decode(QtJsonView(top), decoded) ? std::optional(std::move(decoded)) : std::nullopt;
 }
@@ -224,18 +274,43 @@ std::optional<Envelope> decodeEnvelope(const QByteArray& body, std::string_view 
     });
 }
 
+// `pagination.next`: absent with the pagination, null on the last page.
+template <typename V>
+bool readNext(const std::optional<V>& pagination, std::optional<double>& next) {
+    next.reset();
+    if (!pagination || pagination->isNull())
+        return true;
+    if (!pagination->isObject())
+        return false;
+    const auto [value] = members(*pagination, std::array<std::string_view, 1>{"next"});
+    return optional(value, next);
+}
+
+// A page of a list: the list under `key` and where the next page starts.
+template <typename Envelope, typename Field>
+std::optional<Envelope> decodePage(const QByteArray& body, std::string_view key,
+                                   Field Envelope::*field) {
+    return decodeBody<Envelope>(body, [&](const auto& top, Envelope& envelope) {
+        if (!top.isObject())
+            return false;
+        const auto [content, pagination] =
+            members(top, std::array<std::string_view, 2>{key, "pagination"});
+        return required(content, envelope.*field) && readNext(pagination, envelope.next);
+    });
+}
+
 } // namespace
 
 template <> std::optional<DeploymentsResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, "deployments", &DeploymentsResponse::deployments);
+    return decodePage(body, "deployments", &DeploymentsResponse::deployments);
 }
 
 template <> std::optional<ProjectsResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, "projects", &ProjectsResponse::projects);
+    return decodePage(body, "projects", &ProjectsResponse::projects);
 }
 
 template <> std::optional<TeamsResponse> decodeResponse(const QByteArray& body) {
-    return decodeEnvelope(body, "teams", &TeamsResponse::teams);
+    return decodePage(body, "teams", &TeamsResponse::teams);
 }
 
 template <> std::optional<UserResponse> decodeResponse(const QByteArray& body) {
@@ -248,5 +323,5 @@ template <> std::optional<TokenInfoResponse> decodeResponse(const QByteArray& bo
 
 template <> std::optional<BuildEventList> decodeResponse(const QByteArray& body) {
     return decodeBody<BuildEventList>(
-        body, [](const auto& top, BuildEventList& events) { return read(top, events); });
+        body, [](const auto& top, BuildEventList& events) { return readEvents(top, events); });
 }

@@ -59,6 +59,16 @@ DeployStatus VercelDeployment::status() const {
     return deployStatusFromRaw(raw.toUpper()).value_or(DeployStatus::unknown);
 }
 
+QString VercelDeployment::statusTitle(bool french) const {
+    const DeployStatus known = status();
+    if (known != DeployStatus::unknown)
+        return title(known, french);
+    const QString raw = readyState.value_or(state.value_or(QString())).trimmed().toUpper();
+    if (raw.isEmpty())
+        return french ? QStringLiteral("État inconnu") : QStringLiteral("State unknown");
+    return (french ? QStringLiteral("État ") : QStringLiteral("State ")) + raw;
+}
+
 QString VercelDeployment::deploymentID() const {
     return id.value_or(uid.value_or(QString()));
 }

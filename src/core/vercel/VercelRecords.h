@@ -30,9 +30,13 @@ struct VercelDeployment {
     std::optional<double> ready;
     std::optional<QString> target;
     std::optional<QMap<QString, JSONScalar>> meta;
+    std::optional<QString> readyStateReason; // why Vercel blocked it, in Vercel's words
+    std::optional<QString> creatorUid;       // creator.uid: the Vercel user who started it
 
     // Derived values.
-    DeployStatus status() const;                 // readyState, else state, upper-cased
+    DeployStatus status() const; // readyState, else state, upper-cased
+    // The status's title, or for a state Quillon does not know, "State " and Vercel's word.
+    QString statusTitle(bool french) const;
     QString deploymentID() const;                // id, else uid, else ""
     std::optional<QString> branch() const;       // github/gitlab/bitbucket CommitRef
     std::optional<QString> shortSHA() const;     // first 7 characters of the commit hash
@@ -52,9 +56,15 @@ struct VercelTeam {
     QString id;
     QString slug;
     std::optional<QString> name;
+    // A team the token may not read in full: `limitedBy` says why ("mfa", "scope"), and
+    // `saml.enforced` whether its SAML sign-in is required.
+    std::optional<bool> limited;
+    std::optional<QStringList> limitedBy;
+    std::optional<bool> samlEnforced;
 };
 
 struct VercelUser {
+    std::optional<QString> id;
     QString username;
     std::optional<QString> email;
     std::optional<QString> name;
@@ -76,15 +86,19 @@ struct VercelBuildEvent {
     std::optional<Payload> payload;
 };
 
-// Response envelopes.
+// Response envelopes. A list comes one page at a time; `next` (pagination.next) is the time stamp
+// to pass back as "until" for the following page, absent on the last one.
 struct DeploymentsResponse {
     QList<VercelDeployment> deployments;
+    std::optional<double> next;
 };
 struct ProjectsResponse {
     QList<VercelProject> projects;
+    std::optional<double> next;
 };
 struct TeamsResponse {
     QList<VercelTeam> teams;
+    std::optional<double> next;
 };
 struct UserResponse {
     VercelUser user;
@@ -92,5 +106,5 @@ struct UserResponse {
 struct TokenInfoResponse {
     VercelTokenInfo token;
 };
-// The build events come as a bare array.
+// The build events come as a bare array; its null elements, and a null body, hold no event.
 using BuildEventList = QList<VercelBuildEvent>;

@@ -48,6 +48,20 @@ QPixmap symbolPixmap(const QString& symbol, const QColor& color, int size, doubl
     return SymbolArt::tinted(symbol, color, size, qApp->devicePixelRatio(), angle);
 }
 
+// An inline image of `pixmap` for rich text.
+QString pixmapHtml(const QPixmap& pixmap) {
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    pixmap.save(&buffer, "PNG");
+    const QSizeF size = pixmap.deviceIndependentSize();
+    return QStringLiteral("<img src='data:image/png;base64,%1' width='%2' height='%3' "
+                          "style='vertical-align: middle'>")
+        .arg(QString::fromLatin1(png.toBase64()))
+        .arg(size.width())
+        .arg(size.height());
+}
+
 // The status dot: 6 px in the tone colour with a glow of the same colour (70 %, radius 3), as
 // an inline image so it sits in the line's text.
 QString glowingDotHtml(const QColor& color) {
@@ -117,6 +131,13 @@ PanelView::PanelView(AppState& state, StatusPalette& palette, QWidget* parent)
     root->setSpacing(0);
     buildHeader(root);
     root->addWidget(rule(0.07, 0, this));
+    notices_ = new QLabel(this);
+    notices_->setWordWrap(true);
+    notices_->setTextFormat(Qt::RichText);
+    notices_->setContentsMargins(16, 8, 16, 8);
+    notices_->setStyleSheet(
+        QStringLiteral("color: %1; font-size: 11px;").arg(cssColor(ProjectRow::secondaryText())));
+    root->addWidget(notices_);
     bodyHolder_ = new QVBoxLayout;
     bodyHolder_->setContentsMargins(0, 0, 0, 0);
     bodyHolder_->setSpacing(0);
@@ -265,6 +286,10 @@ QString PanelView::lastRefreshText() const {
     return lastRefresh_->isHidden() ? QString() : lastRefresh_->text();
 }
 
+QString PanelView::noticesText() const {
+    return notices_->isHidden() ? QString() : shownNotices_.join(QLatin1Char('\n'));
+}
+
 QString PanelView::bodyTitle() const {
     return cardTitle_ ? cardTitle_->text() : QString();
 }
@@ -275,6 +300,7 @@ QString PanelView::bodyMessage() const {
 
 void PanelView::redraw() {
     updateHeader();
+    updateNotices();
     const Body body =
         bodyFor(state_.connection(), !state_.snapshots().isEmpty(), state_.hasLoadedOnce());
     accentId_ = body == Body::list ? accentProjectId(state_.snapshots()) : std::nullopt;
@@ -330,6 +356,24 @@ void PanelView::updateHeader() {
     quit_->setText(Language::text("Quit", "Quitter"));
 }
 
+// Shown only while connected: a failed connection has a body card of its own.
+void PanelView::updateNotices() {
+    const QStringList notices =
+        state_.connection().isConnected() ? state_.notices() : QStringList();
+    notices_->setVisible(!notices.isEmpty());
+    if (notices == shownNotices_ && !notices.isEmpty())
+        return;
+    shownNotices_ = notices;
+    // Each after a warning sign in the queued colour, in the rows' secondary text.
+    const QString sign = pixmapHtml(
+        symbolPixmap(QStringLiteral("exclamationmark.triangle.fill"), palette_.queued(), 10));
+    QString html;
+    for (const QString& notice : notices)
+        html += QStringLiteral("<p style='margin: 2px 0'>%1&nbsp;&nbsp;%2</p>")
+                    .arg(sign, notice.toHtmlEscaped());
+    notices_->setText(html);
+}
+
 void PanelView::updateRefreshSpin() {
     if (state_.isRefreshing() && isVisible()) {
         spinSettle_.stop();
@@ -365,8 +409,10 @@ void PanelView::updateFooter() {
     if (pause.isPaused())
         lastRefresh_->setText(pause.pausedUntilText());
     else if (last)
-        lastRefresh_->setText(Language::text("Updated ", "Mis à jour ") +
-                              relativeAgeText(last, state_.clock().now()));
+        lastRefresh_->setText(
+            Language::text("Updated ", "Mis à jour ") +
+            relativeAgeText(last, state_.clock().now()) +
+            (state_.isStale() ? Language::text(" · stale", " · pas à jour") : QString()));
 }
 
 void PanelView::updateRows() {

@@ -55,6 +55,8 @@ public:
     QToolButton* quitButton() const { return quit_; }
     QString statusText() const;
     QString lastRefreshText() const;
+    // What keeps part of the account from being watched, one line each; empty when nothing does.
+    QString noticesText() const;
     QString bodyTitle() const;
     QString bodyMessage() const;
     QWidget* bodyButton() const { return bodyButton_; }
@@ -84,6 +86,7 @@ private:
     void rebuildBody();
     void updateRows();
     void updateHeader();
+    void updateNotices();
     void updateRefreshSpin();
     void setRefreshAngle(double angle);
     void openSettings();
@@ -108,6 +111,8 @@ private:
     QWidget* bodyButton_ = nullptr;
     PrismHero* hero_ = nullptr;
     QLabel* status_ = nullptr;
+    QLabel* notices_ = nullptr;
+    QStringList shownNotices_;
     QToolButton* refresh_ = nullptr;
     QToolButton* settings_ = nullptr;
     QToolButton* quit_ = nullptr;

@@ -27,7 +27,7 @@ bool isFresh(const ProjectSnapshot& snap, const QDateTime& now) {
     if (!snap.latest)
         return false;
     const DeployStatus status = snap.status();
-    if (isInProgress(status) || status == DeployStatus::error)
+    if (isInProgress(status) || isFailure(status))
         return true;
     const double ageSeconds =
         (static_cast<double>(now.toMSecsSinceEpoch()) - lastMoment(*snap.latest)) / 1000;
@@ -59,8 +59,11 @@ QString description(const ProjectSnapshot& snap, bool french) {
     const DeployStatus status = snap.status();
     switch (status) {
     case DeployStatus::ready:
-    case DeployStatus::unknown:
         return detail.isEmpty() ? tr(french, "Deployed", "Déployé") : detail;
+    case DeployStatus::unknown: // a state Quillon does not know: Vercel's word, and the commit
+        return withDetail(d.statusTitle(french));
+    case DeployStatus::blocked:
+        return withDetail(title(status, french));
     case DeployStatus::building:
         return detail.isEmpty() ? title(status, french) : detail;
     case DeployStatus::queued:

@@ -59,11 +59,12 @@ VercelSettings::VercelSettings(AppState& state, StatusPalette& palette, QWidget*
     detailLayout->setContentsMargins(0, 0, 0, 0);
     detailLayout->setSpacing(8);
     status_ = new SymbolRow(statusPixels, 14, details);
+    notices_ = new SymbolRow(detailPixels, 13, details);
     expiry_ = new SymbolRow(detailPixels, 13, details);
     storage_ = new SymbolRow(detailPixels, 13, details);
     FormSection::makeSecondary(expiry_->textLabel());
     FormSection::makeSecondary(storage_->textLabel());
-    for (QWidget* row : {status_, expiry_, storage_})
+    for (QWidget* row : {status_, notices_, expiry_, storage_})
         detailLayout->addWidget(row);
     tokenSection_->addRow(details);
     QLabel* footer = tokenSection_->setFooter(footerHtml());
@@ -257,6 +258,12 @@ void VercelSettings::refreshStatus() {
 }
 
 void VercelSettings::refreshDetails() {
+    const QStringList notices =
+        state_.connection().isConnected() ? state_.notices() : QStringList();
+    notices_->setVisible(!notices.isEmpty());
+    if (!notices.isEmpty())
+        notices_->set(QStringLiteral("exclamationmark.triangle.fill"), palette_.queued(),
+                      notices.join(QLatin1Char('\n')));
     const TokenExpiry& expiry = state_.tokenExpiry();
     const bool showExpiry =
         state_.connection().isConnected() && expiry.kind != TokenExpiry::Kind::unknown;

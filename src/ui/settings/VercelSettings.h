@@ -45,6 +45,8 @@ public:
     SymbolRow* statusRow() const { return status_; }
     SymbolRow* expiryRow() const { return expiry_; }
     SymbolRow* storageRow() const { return storage_; }
+    // The teams Vercel keeps closed and its requests to slow down, one line each.
+    SymbolRow* noticesRow() const { return notices_; }
     QLabel* footer() const;
     ProjectPicker* picker() const { return picker_; }
     QWidget* removalSection() const { return removal_; }
@@ -69,6 +71,7 @@ private:
     SymbolRow* status_ = nullptr;
     SymbolRow* expiry_ = nullptr;
     SymbolRow* storage_ = nullptr;
+    SymbolRow* notices_ = nullptr;
     ProjectPicker* picker_ = nullptr;
     QWidget* removal_ = nullptr;
     QPushButton* remove_ = nullptr;

@@ -11,7 +11,7 @@ QString tr(bool french, const char* english, const char* frenchText) {
 }
 
 QString commitOrTitle(const ProjectSnapshot& snapshot, bool french) {
-    const QString status = title(snapshot.status(), french);
+    const QString status = snapshot.statusTitle(french);
     return snapshot.latest ? snapshot.latest->commitTitle().value_or(status) : status;
 }
 

@@ -95,9 +95,25 @@ TEST_F(VercelAPITest, EveryFailureBecomesAnAPIErrorOrATransportError) {
     };
     const QList<Case> cases{
         {"401", Response::vercelError(401, "unauthorized", "x"), APIError::unauthorized()},
-        {"403", Response::vercelError(403, "forbidden", "x"), APIError::unauthorized()},
-        {"429", Response::vercelError(429, "rate_limited", "x").withHeader("retry-after", "60"),
-         APIError::rateLimited()},
+        {"403 invalidToken", Response::vercelError(403, "forbidden", "x"),
+         APIError::unauthorized()},
+        // Vercel's 403 for a scope out of the token's reach, and for a team that wants SAML.
+        {"403",
+         Response::json(R"({"error":{"code":"forbidden","message":"You don't have )"
+                        R"(permission to access this resource."}})",
+                        403),
+         APIError::forbidden()},
+        {"403 saml",
+         Response::json(R"({"error":{"code":"forbidden","saml":true,)"
+                        R"("teamId":"team_1","scope":"acme","enforced":true}})",
+                        403),
+         APIError::forbidden(true)},
+        {"403 saml not enforced",
+         Response::json(R"({"error":{"code":"forbidden","saml":true,"teamId":null,)"
+                        R"("scope":"ana","enforced":false}})",
+                        403),
+         APIError::forbidden()},
+        {"403 not json", Response{403, {}, "Forbidden"}, APIError::forbidden()},
         {"404", Response::vercelError(404, "not_found", "x"), APIError::http(404)},
         {"502", Response::vercelError(502, "bad_gateway", "x"), APIError::http(502)},
         {"204", Response::json("", 204), APIError::badResponse()},
@@ -115,6 +131,18 @@ TEST_F(VercelAPITest, EveryFailureBecomesAnAPIErrorOrATransportError) {
     };
     const VercelAPI impatient = api.withTimeout(150ms);
     EXPECT_EQ(api.timeout(), 20s);
+    // A 429 also says when the next request may go.
+    server.route("/v2/user", [](const Request&) {
+        return Response::vercelError(429, "rate_limited", "x").withHeader("retry-after", "60");
+    });
+    const QDateTime before = QDateTime::currentDateTime();
+    const RequestResult<UserResponse> limited = get(api);
+    ASSERT_FALSE(limited);
+    ASSERT_TRUE(limited.error().isRateLimited());
+    const std::optional<QDateTime> retryAt = limited.error().apiError()->retryAt();
+    ASSERT_TRUE(retryAt);
+    EXPECT_GE(before.secsTo(*retryAt), 59);
+    EXPECT_LE(before.secsTo(*retryAt), 61);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         server.route("/v2/user", [&c](const Request&) { return c.answer; });
@@ -177,3 +205,50 @@ TEST(VercelAPIBase, AcceptsHttpsAnywhereAndHttpOnlyOnLoopback) {
 }
 
 } // namespace
+
+// Every answer's rate-limit headers reach the pacer: the pause before a pass stretches as the
+// window runs low, and after a 429 nothing is sent before Retry-After (with its jitter) passes.
+TEST_F(VercelAPITest, APacedTokenWaitsOutA429AndStretchesAsItsWindowRunsLow) {
+    QDateTime now = QDateTime::fromSecsSinceEpoch(1'800'000'000); // the start of a minute
+    const QByteArray reset = QByteArray::number(1'800'000'060);
+    auto pacer = std::make_shared<RateLimitPacer>([&] { return now; }, [] { return 500ms; });
+    const VercelAPI paced = api.withPacer(pacer);
+    int remaining = 10;
+    server.route("/v2/user", [&](const Request&) {
+        if (remaining == 0)
+            return Response::vercelError(429, "rate_limited", "x")
+                .withHeader("X-RateLimit-Remaining", "0")
+                .withHeader("X-RateLimit-Reset", reset)
+                .withHeader("Retry-After", "30");
+        return Response::json(userBody)
+            .withHeader("x-ratelimit-limit", "10")
+            .withHeader("x-ratelimit-remaining", QByteArray::number(--remaining))
+            .withHeader("x-ratelimit-reset", reset);
+    });
+
+    ASSERT_TRUE(get(paced));
+    EXPECT_EQ(pacer->pauseFor(3), 20s); // 9 left for 60 s: a pass of 3 every 20 s
+    now = now.addSecs(30);
+    remaining = 2;
+    ASSERT_TRUE(get(paced));
+    EXPECT_EQ(pacer->pauseFor(3), 30s + 500ms); // 1 left: wait for the reset
+    EXPECT_EQ(pacer->pauseFor(1), 30s);
+
+    remaining = 0;
+    const RequestResult<UserResponse> limited = get(paced);
+    ASSERT_FALSE(limited);
+    EXPECT_EQ(limited.error().apiError()->retryAt(), now.addMSecs(30'500));
+    // Held back without being sent, until Retry-After and its jitter have passed.
+    const auto sent = server.requests().size();
+    now = now.addSecs(30);
+    const RequestResult<UserResponse> held = get(paced);
+    ASSERT_FALSE(held);
+    EXPECT_TRUE(held.error().isRateLimited());
+    EXPECT_EQ(server.requests().size(), sent);
+    EXPECT_EQ(pacer->pauseFor(5), 500ms);
+    now = now.addSecs(1);
+    remaining = 10;
+    EXPECT_TRUE(get(paced));
+    EXPECT_EQ(server.requests().size(), sent + 1);
+    EXPECT_EQ(pacer->sent(), sent + 1);
+}

@@ -71,6 +71,7 @@ TEST(VercelDecoding, PagesKeepWhatWeReadAndIgnoreTheRest) {
     EXPECT_EQ(ready.buildingAt, 1732351201250.5);
     EXPECT_EQ(ready.ready, 1732351290000.0);
     EXPECT_EQ(ready.target, "production");
+    EXPECT_EQ(ready.creatorUid, "u_91"); // whose deployment it is; the rest of `creator` unread
     ASSERT_TRUE(ready.meta);
     // Only the git keys are kept; the others are never read.
     EXPECT_EQ(ready.meta->keys(),
@@ -82,6 +83,8 @@ TEST(VercelDecoding, PagesKeepWhatWeReadAndIgnoreTheRest) {
     EXPECT_FALSE(building.inspectorUrl);
     EXPECT_FALSE(building.createdAt);
     EXPECT_EQ(building.created, 1732350000000.0);
+    EXPECT_EQ(decoded->next, 1732349999999.0); // passed back as "until" for the next page
+    EXPECT_FALSE(building.creatorUid);
 
     const auto projects = decodeResponse<ProjectsResponse>(projectsBody);
     ASSERT_TRUE(projects);
@@ -91,6 +94,7 @@ TEST(VercelDecoding, PagesKeepWhatWeReadAndIgnoreTheRest) {
     EXPECT_EQ(projects->projects[0].latestDeployments->front().id, "dpl_7Hk2vQbN3cXyZ9aP");
     EXPECT_FALSE(projects->projects[1].latestDeployments); // null
     EXPECT_FALSE(projects->projects[2].latestDeployments); // missing
+    EXPECT_FALSE(projects->next);                          // the last page
     // Keys we do not read may hold anything.
     EXPECT_TRUE(decodeResponse<DeploymentsResponse>(
         edited(deploymentsBody, R"("checksState": "completed")", R"("checksState": [1, {}])")));
@@ -103,6 +107,11 @@ TEST(VercelDecoding, AnyWrongKindMissingMemberOrBrokenJsonFailsTheBody) {
         edited(deploymentsBody, R"("target": null)", R"("target": ["preview"])"),
         edited(deploymentsBody, R"("meta": {"gitlab)", R"("meta": [], "x": {"gitlab)"),
         edited(deploymentsBody, R"("uid": "dpl_2eu)", R"("uid": 2, "x": "dpl_2eu)"),
+        edited(deploymentsBody, R"("next": 1732349999999)", R"("next": "1732349999999")"),
+        edited(deploymentsBody, R"("pagination": {)", R"("pagination": [], "x": {)"),
+        edited(deploymentsBody, R"("oomReport": null)", R"("readyStateReason": ["no seat"])"),
+        edited(deploymentsBody, R"({"uid": "u_91", )", R"({"uid": 91, )"),
+        edited(deploymentsBody, R"("oomReport": null)", R"("creator": "u_91")"),
         R"({"deployments": [{}, null]})",
         R"({"deployments": {"uid": "dpl_1"}})",
         R"({"Deployments": []})",
@@ -125,10 +134,17 @@ TEST(VercelDecoding, AnyWrongKindMissingMemberOrBrokenJsonFailsTheBody) {
     for (const QByteArray& body : projects)
         EXPECT_FALSE(decodeResponse<ProjectsResponse>(body)) << body.left(300).constData();
     EXPECT_FALSE(decodeResponse<TeamsResponse>(R"({"teams": [{"id": "team_1", "name": "A"}]})"));
+    for (const char* limited :
+         {R"("limited": "yes")", R"("limitedBy": "mfa")", R"("limitedBy": [1])", R"("saml": true)",
+          R"("saml": {"enforced": "true"})"})
+        EXPECT_FALSE(decodeResponse<TeamsResponse>(
+            QByteArray(R"({"teams": [{"id": "team_1", "slug": "a", )") + limited + "}]}"))
+            << limited;
     EXPECT_FALSE(decodeResponse<UserResponse>(R"({"user": {"email": "ana@acme.dev"}})"));
     EXPECT_FALSE(decodeResponse<UserResponse>(R"({"user": null})"));
     EXPECT_FALSE(decodeResponse<TokenInfoResponse>(R"({"token": {"expiresAt": "never"}})"));
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"({"events": []})"));
+    EXPECT_FALSE(decodeResponse<BuildEventList>(R"("events")"));
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"type": "stdout", "payload": "text"}])"));
     // Kept or not, every member we know is checked for its kind.
     EXPECT_FALSE(decodeResponse<BuildEventList>(R"([{"type": 1, "text": "a"}])"));
@@ -186,6 +202,44 @@ TEST(VercelDecoding, TokenIdsAndBuildEventsMayBeMissingOrNull) {
     ASSERT_TRUE((*events)[2].payload);
     EXPECT_FALSE((*events)[2].payload->text);
     EXPECT_TRUE(decodeResponse<BuildEventList>("[]"));
+    // The documented type is an array of event or null: a null holds no event, nor does a null
+    // body (a log Vercel has not started yet).
+    const auto sparse = decodeResponse<BuildEventList>(R"([null, {"text": "a"}, null])");
+    ASSERT_TRUE(sparse);
+    ASSERT_EQ(sparse->size(), 1);
+    EXPECT_EQ(sparse->front().text, "a");
+    const auto none = decodeResponse<BuildEventList>(" null ");
+    ASSERT_TRUE(none);
+    EXPECT_TRUE(none->isEmpty());
+}
+
+// What a team the token may not fully read says about itself, and why a deployment was blocked.
+TEST(VercelDecoding, LimitedTeamsAndBlockedDeploymentsSayWhy) {
+    const auto teams = decodeResponse<TeamsResponse>(R"({"teams": [
+      {"id": "team_saml", "slug": "acme", "name": "Acme Team", "limited": true,
+       "limitedBy": ["scope"], "saml": {"enforced": true, "connection": {"type": "okta"}},
+       "membership": {"role": "MEMBER", "confirmed": true}, "createdAt": 1700000000000},
+      {"id": "team_open", "slug": "open", "name": null, "limited": false, "saml": null},
+      {"id": "team_mfa", "slug": "secure", "limited": true, "limitedBy": ["mfa"]}
+    ], "pagination": {"count": 3, "next": 1699999999999, "prev": null}})");
+    ASSERT_TRUE(teams);
+    ASSERT_EQ(teams->teams.size(), 3);
+    const VercelTeam& saml = teams->teams[0];
+    EXPECT_EQ(saml.limited, true);
+    EXPECT_EQ(saml.limitedBy, QStringList{"scope"});
+    EXPECT_EQ(saml.samlEnforced, true);
+    EXPECT_EQ(teams->teams[1].limited, false);
+    EXPECT_FALSE(teams->teams[1].samlEnforced);
+    EXPECT_EQ(teams->teams[2].limitedBy, QStringList{"mfa"});
+    EXPECT_FALSE(teams->teams[2].samlEnforced);
+    EXPECT_EQ(teams->next, 1699999999999.0);
+
+    const auto blocked = decodeResponse<DeploymentsResponse>(
+        R"({"deployments": [{"uid": "dpl_b", "state": "BLOCKED", "readyStateReason": )"
+        R"("Git author ana@acme.dev must have access to the team Acme Team on Vercel."}]})");
+    ASSERT_TRUE(blocked);
+    EXPECT_TRUE(blocked->deployments[0].readyStateReason->startsWith("Git author ana@"));
+    EXPECT_EQ(blocked->deployments[0].status(), DeployStatus::blocked);
 }
 
 // The text a meta value gives, read back through the commit-hash key.

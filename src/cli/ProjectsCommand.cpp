@@ -1,0 +1,51 @@
+// quillon-cli projects: every project the token can see, over every scope and every page: the
+// list Settings offers to monitor, one aligned line each.
+#include "cli/CliApi.h"
+#include "cli/CliCommand.h"
+#include "cli/CliEngine.h"
+#include "cli/EngineStart.h"
+
+namespace {
+
+CliCommand projectsCommand();
+
+QCoro::Task<int> runProjects(QStringList args) {
+    if (args == QStringList{QStringLiteral("--help")}) {
+        printUsage(projectsCommand());
+        co_return 0;
+    }
+    if (!args.isEmpty()) {
+        cliErr() << "quillon-cli projects: unexpected argument '" << args.first() << "'\n";
+        co_return kExitUsage;
+    }
+    const std::optional<QUrl> base = apiBaseFromEnvironment();
+    if (!base)
+        co_return kExitUsage;
+    CliEngine engine(*base);
+    AppState& state = engine.state;
+    if (const int code = co_await startEngine(state, engine.platform.keychain); code != 0)
+        co_return code;
+    // "x" marks the monitored ones.
+    const QSet<QString> monitored = state.effectiveMonitoredIDs();
+    QList<QStringList> rows;
+    for (const ProjectRef& ref : state.availableProjects())
+        rows.append({monitored.contains(ref.id) ? QStringLiteral("x") : QStringLiteral("-"),
+                     ref.name, ref.scopeSlug, ref.id});
+    for (const QString& line : alignedLines(rows))
+        cliOut() << line << '\n';
+    // The teams it could not list, and why.
+    for (const QString& notice : state.notices())
+        cliErr() << notice << '\n';
+    co_return 0;
+}
+
+CliCommand projectsCommand() {
+    return {QStringLiteral("projects"), QStringLiteral("projects"),
+            QStringLiteral("list every project of your account and teams; x marks the "
+                           "monitored ones"),
+            runProjects};
+}
+
+const CliCommand::Registration registration(projectsCommand());
+
+} // namespace
