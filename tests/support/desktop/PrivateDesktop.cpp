@@ -47,6 +47,13 @@ QString firstLine(QProcess& process) {
     return QString::fromUtf8(process.readLine()).trimmed();
 }
 
+bool displayAnswers(const QString& display) {
+    QProcess probe;
+    probe.start(QStringLiteral("xdpyinfo"), {QStringLiteral("-display"), display});
+    return probe.waitForFinished(kStartTimeoutMs) && probe.exitStatus() == QProcess::NormalExit &&
+           probe.exitCode() == 0;
+}
+
 } // namespace
 
 PrivateDesktop::PrivateDesktop() {
@@ -77,6 +84,11 @@ std::optional<QString> PrivateDesktop::startDisplay() {
         return QStringLiteral("Xvfb gave no display: ") +
                QString::fromUtf8(xvfb_.readAllStandardError());
     display_ = QLatin1Char(':') + number;
+    // The first client is tried here: a display that takes none is Xvfb's failure, reported with
+    // its own words, not the application's.
+    if (!waitUntil([this] { return displayAnswers(display_); }, kStartTimeoutMs))
+        return QStringLiteral("Xvfb display ") + display_ + QStringLiteral(" takes no client: ") +
+               QString::fromUtf8(xvfb_.readAllStandardError());
     return std::nullopt;
 }
 
