@@ -66,22 +66,16 @@ QJsonObject page(const QString& key, const QString& path, QJsonArray all, const 
              QJsonObject{{"count", kept.size()}, {"next", next}, {"prev", QJsonValue()}}}};
 }
 
-// The newest `count` of a project's deployments, as /v9/projects lists them.
-QJsonArray newestOf(QJsonArray given, const QJsonArray& deployments, const QString& projectId,
-                    int count) {
-    for (const QJsonValue& deployment : deployments) {
-        if (deployment.toObject().value("projectId") == projectId)
-            given.append(deployment);
-    }
-    QList<QJsonObject> items;
+// The newest `count` of `given` and `more`, as /v9/projects lists a project's deployments.
+QJsonArray newestOf(const QJsonArray& given, QList<QJsonObject> more, int count) {
     for (const QJsonValue& item : given)
-        items.append(item.toObject());
-    std::stable_sort(items.begin(), items.end(), [](const QJsonObject& a, const QJsonObject& b) {
+        more.append(item.toObject());
+    std::stable_sort(more.begin(), more.end(), [](const QJsonObject& a, const QJsonObject& b) {
         return a.value("createdAt").toDouble() > b.value("createdAt").toDouble();
     });
     QJsonArray newest;
-    for (int i = 0; i < std::min<int>(count, items.size()); ++i)
-        newest.append(items.at(i));
+    for (int i = 0; i < std::min<int>(count, more.size()); ++i)
+        newest.append(more.at(i));
     return newest;
 }
 
@@ -223,11 +217,16 @@ QJsonArray FakeVercelAccount::listedProjects(const QString& scope) const {
     QJsonArray listed = projects.value(scope);
     if (latestPerProject <= 0)
         return listed;
+    QHash<QString, QList<QJsonObject>> byProject;
+    for (const QJsonValue& deployment : deployments.value(scope)) {
+        const QJsonObject object = deployment.toObject();
+        byProject[object.value("projectId").toString()].append(object);
+    }
     for (QJsonValueRef value : listed) {
         QJsonObject project = value.toObject();
-        const QJsonArray latest =
-            newestOf(project.value("latestDeployments").toArray(), deployments.value(scope),
-                     project.value("id").toString(), latestPerProject);
+        const QString id = project.value("id").toString();
+        const QJsonArray latest = newestOf(project.value("latestDeployments").toArray(),
+                                           byProject.value(id), latestPerProject);
         project.remove("latestDeployments");
         if (!latest.isEmpty())
             project.insert("latestDeployments", latest);
