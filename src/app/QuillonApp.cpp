@@ -40,6 +40,12 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
     connect(&updater_, &UpdateService::resultChanged, this, &QuillonApp::buildMenu,
             Qt::QueuedConnection);
     tray_.setContextMenu(menu_);
+    connect(&preferencesWatch_, &PreferenceFileWatch::changed, this, [this] {
+        state_.reloadPreferences();
+        palette_.reload();
+        if (!state_.isDemo())
+            updater_.start(Preferences::standard());
+    });
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
     connect(&tray_, &TrayIcon::menuRequested, this, [this](QPoint position) {
         lastClick_ = position;

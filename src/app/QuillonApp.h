@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/GuiClipboard.h"
+#include "core/common/PreferenceFileWatch.h"
 #include "core/common/Preferences.h"
 #include "core/monitor/AppState.h"
 #include "demo/DemoHotKeys.h"
@@ -69,6 +70,8 @@ private:
     std::unique_ptr<SettingsWindow> settings_; // created on first use
     AppcastUpdater updater_;
     UpdateAnnouncer announcer_{updater_, services_.notifications, Preferences::standard()};
+    // What quillon-cli writes (set, mute, unmute) takes effect here at once.
+    PreferenceFileWatch preferencesWatch_{Preferences::standard().filePath()};
     std::unique_ptr<DemoHotKeys> hotKeys_; // demo mode only
     // Where the tray icon was last clicked: the anchor when the tray does not tell its geometry.
     std::optional<QPoint> lastClick_;

@@ -1,6 +1,7 @@
 #include "cli/EngineStart.h"
 
 #include "cli/CliApi.h"
+#include "core/monitor/AppState.h"
 
 #include <QCoro/QCoroSignal>
 
@@ -28,8 +29,8 @@ void FirstPass::finish(bool loaded) {
     Q_EMIT finished();
 }
 
-QCoro::Task<int> startEngine(AppState& state, KeychainStore& keychain) {
-    if (qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1")) {
+QCoro::Task<int> startEngine(AppState& state, KeychainStore& keychain, bool demoAllowed) {
+    if (demoAllowed && qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1")) {
         state.start(true); // the demo's snapshots are there at once, with its fake build log
         co_return 0;
     }

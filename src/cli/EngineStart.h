@@ -1,11 +1,11 @@
 #pragma once
 
-#include "core/monitor/AppState.h"
-
 #include <QCoro/QCoroTask>
+#include <QDateTime>
 #include <QObject>
 #include <optional>
 
+class AppState;
 class KeychainStore;
 
 // Remembers how the engine's start ended: its first complete pass, or a failed connection.
@@ -28,6 +28,7 @@ private:
     std::optional<bool> outcome_;
 };
 
-// Starts the engine the way the tray does (demo, or the account of the token) and answers 0 once
-// its snapshots and project list are ready to read, else the exit code, having said why.
-QCoro::Task<int> startEngine(AppState& state, KeychainStore& keychain);
+// Starts the engine the way the tray does (the demo when QUILLON_DEMO=1 and `demoAllowed`, else
+// the account of the token) and answers 0 once its projects and snapshots are there to read, or
+// the exit code after saying why not on standard error.
+QCoro::Task<int> startEngine(AppState& state, KeychainStore& keychain, bool demoAllowed = true);

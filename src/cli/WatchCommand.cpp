@@ -3,6 +3,7 @@
 #include "cli/CliApi.h"
 #include "cli/CliCommand.h"
 #include "cli/CliEngine.h"
+#include "core/common/PreferenceFileWatch.h"
 #include "core/monitor/StatusJson.h"
 #include "core/monitor/StatusLines.h"
 #include "demo/DemoHotKeyBinding.h"
@@ -110,6 +111,10 @@ QCoro::Task<int> runWatch(QStringList args) {
         co_return kExitUsage;
     CliEngine engine(*base);
     AppState& state = engine.state;
+    // Mutes and switches changed meanwhile (quillon-cli mute, set) hold from the next pass.
+    PreferenceFileWatch preferences(Preferences::standard().filePath());
+    QObject::connect(&preferences, &PreferenceFileWatch::changed, &state,
+                     &AppState::reloadPreferences);
     std::optional<WatchSession> session;
     std::unique_ptr<DemoHotKeys> hotKeys;
     if (qEnvironmentVariable("QUILLON_DEMO") == QLatin1String("1")) {

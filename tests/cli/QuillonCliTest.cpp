@@ -1,12 +1,23 @@
 // quillon-cli run as a separate process against a loopback Vercel account (the demo's report is
 // played end to end in tests/demo).
+#include "core/common/PreferenceFileWatch.h"
+#include "core/common/Preferences.h"
+#include "core/monitor/PreferenceCatalog.h"
+#include "core/monitor/PreferenceKeys.h"
+#include "core/monitor/ProjectMute.h"
 #include "support/CliProcess.h"
+#include "support/FakeDesktop.h"
 #include "support/FakeVercelAccount.h"
 #include "support/QtPrinters.h"
+#include "support/StopProcess.h"
+#include "support/WaitUntil.h"
+#include "support/desktop/DunstControl.h"
+#include "support/desktop/PrivateDesktop.h"
 
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -294,3 +305,231 @@ TEST_F(QuillonCliTest, ReportPrintsTheLatestDeploymentsReportOrSaysWhyNot) {
 }
 
 } // namespace
+
+TEST_F(QuillonCliTest, MuteUnmuteAndMutesKeepTheMutesInThePreferences) {
+    account.addTeam("team_1", "acme");
+    account.addProject("", "p_web", "web");
+    account.addProject("", "p_api", "api");
+    account.addProject("team_1", "p_api2", "api");
+    const QString stored = home.filePath("config/quillon/preferences.json");
+    const QDateTime before = QDateTime::currentDateTime();
+
+    // Muted again, the new length replaces the old one.
+    for (const auto& [length, seconds] : {std::pair("45m", 45 * 60), std::pair("2h", 7200)}) {
+        const CliRun web = run({"mute", "web", "--for", length});
+        ASSERT_EQ(web.exitCode, 0) << web.err.toStdString();
+        EXPECT_TRUE(web.out.startsWith("web: Muted until ")) << web.out.toStdString();
+        const ProjectMute kept = MuteStore::read(Preferences(stored)).value("p_web");
+        EXPECT_EQ(kept.name, "web");
+        ASSERT_TRUE(kept.until);
+        EXPECT_NEAR(before.secsTo(*kept.until), seconds, 60) << length;
+    }
+
+    const CliRun twice = run({"mute", "api"});
+    EXPECT_EQ(twice.exitCode, 1);
+    EXPECT_TRUE(twice.err.contains("several projects are named 'api': "));
+    EXPECT_TRUE(twice.err.contains("p_api (ada)") && twice.err.contains("p_api2 (acme)"))
+        << twice.err.toStdString();
+    const CliRun byId = run({"mute", "p_api2", "--until-tomorrow"});
+    EXPECT_EQ(byId.exitCode, 0) << byId.err.toStdString();
+    EXPECT_EQ(byId.out, "api: Muted until tomorrow\n");
+    const CliRun unknown = run({"mute", "blog"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_TRUE(unknown.err.contains("no project is named 'blog'")) << unknown.err.toStdString();
+
+    const int requests = int(server.requests().size());
+    const QList<QStringList> misuses{{"mute"},
+                                     {"mute", "web", "--for"},
+                                     {"mute", "web", "--for", "0h"},
+                                     {"mute", "web", "--for", "31d"},
+                                     {"mute", "web", "--for", "1 h"},
+                                     {"mute", "web", "--for", "1h", "--until-tomorrow"},
+                                     {"unmute"},
+                                     {"mutes", "web"}};
+    for (const QStringList& args : misuses) {
+        const CliRun result = run(args);
+        EXPECT_EQ(result.exitCode, 2) << args.join(' ').toStdString();
+        EXPECT_FALSE(result.err.isEmpty());
+    }
+    EXPECT_EQ(server.requests().size(), requests); // refused before asking Vercel
+
+    // Listed by name, without asking Vercel.
+    const CliRun listed = run({"mutes"}, with("QUILLON_API_BASE", "http://127.0.0.1:9"));
+    ASSERT_EQ(listed.exitCode, 0) << listed.err.toStdString();
+    const QStringList lines = listed.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2) << listed.out.toStdString();
+    EXPECT_EQ(lines[0], "api  p_api2  Muted until tomorrow");
+    EXPECT_TRUE(lines[1].startsWith("web  p_web  Muted until "));
+
+    const CliRun unmuted = run({"unmute", "web"});
+    EXPECT_EQ(unmuted.exitCode, 0);
+    EXPECT_EQ(unmuted.out, "web: notifications back on\n");
+    EXPECT_EQ(run({"unmute", "web"}).exitCode, 1);
+    QProcessEnvironment fr = with("LANGUAGE", "fr");
+    fr.insert(QStringLiteral("LC_ALL"), QStringLiteral("fr_FR.UTF-8"));
+    const CliRun french = run({"unmute", "api"}, fr);
+    EXPECT_EQ(french.out, "api : notifications réactivées\n");
+    EXPECT_EQ(run({"mutes"}).out, "No project is muted.\n");
+    EXPECT_FALSE(Preferences(stored).contains(PreferenceKeys::mutedProjects));
+}
+
+TEST_F(QuillonCliTest, GetAndSetCheckEveryValueAndStoreNothingWrong) {
+    const QString stored = home.filePath("config/quillon/preferences.json");
+    EXPECT_EQ(run({"get", "notifyOnlyMine"}).out, "false\n"); // the default, nothing stored
+    EXPECT_EQ(run({"get", "notifyOnFailure"}).out, "true\n");
+    EXPECT_EQ(run({"get", "colorError"}).out, "#FF0074\n");
+    EXPECT_EQ(run({"get", "colorError"}, with("QUILLON_ERROR_COLOR", "#00FF00")).out, "#00FF00\n");
+
+    struct Case {
+        QStringList args;
+        QString stored; // the key's value read back with get
+    };
+    const QList<Case> accepted{
+        {{"set", "notifyOnlyMine", "true"}, "true"},
+        {{"set", "ignoreBotBranches", "true"}, "true"},
+        {{"set", "notifyWhenFixed", "true"}, "true"},
+        {{"set", "notifyProductionOnly", "true"}, "true"},
+        {{"set", "liveActivity", "false"}, "false"},
+        {{"set", "refreshInterval", "60"}, "60"},
+        {{"set", "appLanguage", "en"}, "en"},
+        {{"set", "colorSuccess", "  0cf1e9"}, "#0CF1E9"},
+        {{"set", "SUEnableAutomaticChecks", "false"}, "false"},
+    };
+    for (const Case& c : accepted) {
+        const CliRun set = run(c.args);
+        EXPECT_EQ(set.exitCode, 0) << c.args.join(' ').toStdString() << set.err.toStdString();
+        EXPECT_EQ(run({"get", c.args[1]}).out, c.stored + "\n") << c.args[1].toStdString();
+    }
+    EXPECT_EQ(Preferences(stored).boolean(PreferenceKeys::notifyOnlyMine), true);
+    EXPECT_EQ(Preferences(stored).integer(PreferenceKeys::refreshInterval), 60);
+
+    const QByteArray before = [&] {
+        QFile file(stored);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }();
+    const QList<std::pair<QStringList, QString>> refused{
+        {{"set", "notifyOnlyMine", "yes"}, "notifyOnlyMine takes true or false."},
+        {{"set", "refreshInterval", "5"}, "refreshInterval takes whole seconds from 10 to 3600."},
+        {{"set", "refreshInterval", "60s"}, "whole seconds"},
+        {{"set", "appLanguage", "de"}, "appLanguage takes auto, en or fr."},
+        {{"set", "colorError", "red"}, "colorError takes a colour written #RRGGBB."},
+        {{"set", "monitoredProjectIDs", "p_1"}, "Settings › Vercel"},
+        {{"set", "mutedProjects", "p_1"}, "quillon-cli mute"},
+        {{"set", "tokens", "x"}, "unknown preference 'tokens'"},
+        {{"get", "tokens"}, "unknown preference 'tokens'"},
+        {{"set", "notifyOnlyMine"}, "name one preference and its value"},
+    };
+    for (const auto& [args, said] : refused) {
+        const CliRun result = run(args);
+        EXPECT_EQ(result.exitCode, 2) << args.join(' ').toStdString();
+        EXPECT_TRUE(result.err.contains(said)) << result.err.toStdString();
+    }
+    QFile after(stored);
+    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
+    EXPECT_EQ(after.readAll(), before);
+
+    QProcessEnvironment fr = with("LANGUAGE", "fr");
+    fr.insert(QStringLiteral("LC_ALL"), QStringLiteral("fr_FR.UTF-8"));
+    run({"set", "appLanguage", "auto"});
+    EXPECT_EQ(run({"set", "notifyOnlyMine", "oui"}, fr).err,
+              "quillon-cli set: notifyOnlyMine prend true ou false.\n");
+    // Every key, one a line, with its value.
+    const QStringList all = run({"get"}).out.split('\n', Qt::SkipEmptyParts);
+    EXPECT_TRUE(all.contains("notifyOnlyMine true"));
+    EXPECT_TRUE(all.contains("colorQueued #C05BEC"));
+    EXPECT_EQ(all.size(), PreferenceCatalog::entries().size());
+}
+
+// What the commands store reaches an engine that is running, as it reaches the tray.
+TEST_F(QuillonCliTest, ARunningEngineFollowsWhatTheCommandsStore) {
+    account.addProject("", "p_web", "web");
+    const QString path = home.filePath("config/quillon/preferences.json");
+    FakeDesktop desktop;
+    Preferences shared(path);
+    AppState state(AppState::Services{shared, desktop.keychain, desktop.loginItem,
+                                      desktop.notifications, desktop.clipboard, desktop.clock,
+                                      server.baseUrl()});
+    PreferenceFileWatch watch(path);
+    QObject::connect(&watch, &PreferenceFileWatch::changed, &state, &AppState::reloadPreferences);
+    QSignalSpy announced(&state, &AppState::preferencesChanged);
+
+    ASSERT_EQ(run({"set", "notifyOnlyMine", "true"}).exitCode, 0);
+    ASSERT_TRUE(waitUntil([&] { return state.notifyOnlyMine(); }));
+    ASSERT_EQ(run({"mute", "web"}).exitCode, 0);
+    ASSERT_TRUE(waitUntil([&] { return state.activeMute("p_web").has_value(); }));
+    ASSERT_EQ(run({"unmute", "web"}).exitCode, 0);
+    ASSERT_TRUE(waitUntil([&] { return !state.activeMute("p_web"); }));
+    const int changes = int(announced.count());
+    // The engine's own writes reach the commands, and reading them back changes nothing.
+    state.setNotifyWhenFixed(true);
+    EXPECT_EQ(run({"get", "notifyWhenFixed"}).out, "true\n");
+    waitUntil([] { return false; }, 200);
+    EXPECT_EQ(announced.count(), changes + 1);
+}
+
+// `watch` posts to the desktop what the mutes and switches let through, following changes made
+// while it runs: on a private bus with dunst.
+TEST_F(QuillonCliTest, WatchNotifiesOnlyWhatTheMutesAndSwitchesLetThrough) {
+    PrivateDesktop desktop;
+    for (auto start :
+         {&PrivateDesktop::startDisplay, &PrivateDesktop::startBus, &PrivateDesktop::startDunst}) {
+        const std::optional<QString> failure = (desktop.*start)();
+        ASSERT_FALSE(failure) << failure->toStdString();
+    }
+    const auto shaped = [](const QString& id, const QString& project, const char* state,
+                           bool production) {
+        QJsonObject made = deployment(id, project, state, 1, 0);
+        if (QByteArray(state) == "BUILDING")
+            made.insert("ready", QJsonValue());
+        if (production)
+            made.insert("target", "production");
+        return made;
+    };
+    for (const char* name : {"web", "api", "docs"})
+        account.addProject("", QStringLiteral("p_") + name, name);
+    const auto all = [&](const char* state) {
+        account.deployments[""] =
+            QJsonArray{shaped("dpl_w", "p_web", state, true), shaped("dpl_a", "p_api", state, true),
+                       shaped("dpl_d", "p_docs", state, false)};
+    };
+    all("BUILDING");
+    for (const QStringList& set :
+         {QStringList{"refreshInterval", "10"}, QStringList{"notifyProductionOnly", "true"},
+          QStringList{"notifyWhenFixed", "true"}})
+        ASSERT_EQ(run(QStringList{"set"} + set).exitCode, 0);
+
+    QProcessEnvironment watching = env;
+    watching.insert("DBUS_SESSION_BUS_ADDRESS", desktop.busAddress());
+    QProcess watch;
+    watch.setProcessEnvironment(watching);
+    watch.start(QStringLiteral(QUILLON_CLI_PATH), {"watch"});
+    QString printed;
+    const auto waitForOutput = [&](const QString& text) {
+        return waitUntil(
+            [&] {
+                printed += QString::fromUtf8(watch.readAllStandardOutput());
+                return printed.contains(text);
+            },
+            30000);
+    };
+    ASSERT_TRUE(waitForOutput("  Building  web")) << watch.readAllStandardError().toStdString();
+    // Muted while `watch` runs.
+    ASSERT_EQ(run({"mute", "web"}).exitCode, 0);
+
+    all("ERROR");
+    ASSERT_TRUE(waitForOutput("3 failed")) << printed.toStdString();
+    DunstControl dunst(desktop.connection());
+    ASSERT_TRUE(waitUntil([&] { return dunst.displayed() == 1; }));
+    account.deployments[""] = QJsonArray{shaped("dpl_w", "p_web", "ERROR", true),
+                                         shaped("dpl_a2", "p_api", "READY", true),
+                                         shaped("dpl_d", "p_docs", "ERROR", false)};
+    ASSERT_TRUE(waitForOutput("2 failed")) << printed.toStdString();
+    ASSERT_TRUE(waitUntil([&] { return dunst.displayed() == 2; }));
+    stopProcess(watch);
+    ASSERT_TRUE(dunst.closeAll());
+    QStringList summaries;
+    for (const QVariantMap& shown : dunst.history())
+        summaries << shown.value("summary").toString();
+    summaries.sort();
+    EXPECT_EQ(summaries, QStringList({"api is live again", "api: deployment failed"}));
+}

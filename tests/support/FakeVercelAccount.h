@@ -28,7 +28,8 @@ public:
         std::function<QDateTime()> now;
     };
 
-    QJsonObject user{{"username", "ada"}, {"email", "ada@example.com"}, {"name", QJsonValue()}};
+    QJsonObject user{
+        {"id", "usr_1"}, {"username", "ada"}, {"email", "ada@example.com"}, {"name", QJsonValue()}};
     QJsonArray teams;
     QJsonObject token{{"id", "tok_1"}, {"name", "quillon"}, {"expiresAt", QJsonValue()}};
     QMap<QString, QJsonArray> projects;    // scope team id → projects

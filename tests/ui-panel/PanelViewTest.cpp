@@ -7,7 +7,10 @@
 #include "ui/panel/ProjectRow.h"
 #include "ui/status/StatusPalette.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QCoro/QCoroTask>
+#include <QMenu>
 #include <QScrollArea>
 #include <QSignalSpy>
 #include <QTest>
@@ -180,4 +183,84 @@ TEST_F(PanelViewTest, NoticesSayWhatKeepsATeamOutAndStaleDataIsMarked) {
     state.setLanguage("fr");
     EXPECT_TRUE(panel.noticesText().startsWith("Acme Team exige une connexion SAML"));
     EXPECT_TRUE(panel.lastRefreshText().endsWith(" · pas à jour"));
+}
+
+// A muted project keeps its row, marked with a crossed-out bell and its end as the tooltip; the
+// row's context menu mutes and unmutes, and the mark goes when the hour is over.
+TEST_F(PanelViewTest, ARowsContextMenuMutesItsProjectAndTheMarkLastsAsLongAsTheMute) {
+    PanelView panel(state, palette);
+    panel.show();
+    connectWith(2);
+    ProjectRow* row = panel.rows().first();
+    // New rows show from the event loop, and only then take their width in the list.
+    ASSERT_TRUE(
+        waitUntil([&] { return row->isVisible() && row->width() == PanelView::panelWidth; }));
+    const QString id = row->snapshot().id;
+    // Light pixels where the row puts its mark, or 0 when it has none.
+    const auto markInk = [&] {
+        if (row->muteMarkFrame().isEmpty())
+            return 0;
+        QImage image(row->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::black);
+        row->render(&image, {}, {}, QWidget::DrawChildren);
+        const QRect mark = row->muteMarkFrame().toAlignedRect();
+        int lit = 0;
+        for (int y = mark.top(); y <= mark.bottom(); ++y)
+            for (int x = mark.left(); x <= mark.right(); ++x)
+                lit += qGray(image.pixel(x, y)) > 60;
+        return lit;
+    };
+    const QRectF nameBefore = row->nameFrame();
+    EXPECT_EQ(markInk(), 0);
+    EXPECT_EQ(row->toolTip(), "");
+
+    const auto openMenu = [&] {
+        const QPoint at(100, 12);
+        QContextMenuEvent click(QContextMenuEvent::Mouse, at, row->mapToGlobal(at));
+        QCoreApplication::sendEvent(row, &click);
+        return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    };
+    const auto texts = [](QMenu* menu) {
+        QStringList shown;
+        for (QAction* action : menu->actions())
+            if (!action->isSeparator())
+                shown << action->text() + (action->isEnabled() ? "" : " (disabled)");
+        return shown;
+    };
+    QMenu* menu = openMenu();
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(texts(menu),
+              QStringList({"Mute for 1 hour", "Mute until tomorrow", "Mute until unmuted"}));
+    menu->actions().first()->trigger();
+    menu->close();
+    ASSERT_TRUE(state.activeMute(id));
+    EXPECT_EQ(state.activeMute(id)->name, row->snapshot().name);
+
+    // Same row, same place in the list; the name makes room for the mark.
+    ASSERT_EQ(panel.rows().size(), 2);
+    row = panel.rows().first();
+    EXPECT_EQ(row->snapshot().id, id);
+    EXPECT_EQ(row->toolTip(), "Muted until 16:00");
+    EXPECT_GT(markInk(), 10);
+    EXPECT_GE(row->muteMarkFrame().left(), row->nameFrame().right());
+    EXPECT_FALSE(panel.rows()[1]->mute());
+
+    menu = openMenu();
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(texts(menu), QStringList({"Muted until 16:00 (disabled)", "Unmute", "Mute for 1 hour",
+                                        "Mute until tomorrow", "Mute until unmuted"}));
+    menu->close();
+    clock.advance(std::chrono::hours(1));
+    ASSERT_TRUE(waitUntil([&] { return !panel.rows().first()->mute(); }));
+    row = panel.rows().first();
+    EXPECT_EQ(row->toolTip(), "");
+    EXPECT_EQ(markInk(), 0);
+    EXPECT_EQ(row->nameFrame(), nameBefore);
+
+    state.muteProject(id, "project-0", MuteLength::untilUnmuted);
+    menu = openMenu();
+    ASSERT_TRUE(menu);
+    menu->actions()[1]->trigger(); // Unmute
+    menu->close();
+    EXPECT_FALSE(state.activeMute(id));
 }

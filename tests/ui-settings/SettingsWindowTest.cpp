@@ -27,6 +27,7 @@
 #include <QCoro/QCoroTask>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -285,6 +286,37 @@ TEST_F(SettingsWindowTest, PickerCountsTicksAndChoosesAllOrNone) {
     EXPECT_EQ(picker->emptyText(), "No project found.");
 }
 
+// Each project's bell mutes it; how long for shows beside it, whoever muted it.
+TEST_F(SettingsWindowTest, EachProjectsBellMutesItAndTheMuteShowsBesideIt) {
+    addProjects(3);
+    connectAccount();
+    ProjectPicker* picker = vercel().picker();
+    ASSERT_EQ(picker->muteButtons().size(), 3);
+    EXPECT_FALSE(picker->muteLabels()[1]->isVisibleTo(picker));
+    QMenu* menu = picker->muteButtons()[1]->menu();
+    ASSERT_TRUE(menu);
+    Q_EMIT menu->aboutToShow();
+    QStringList offered;
+    for (QAction* action : menu->actions())
+        offered << action->text();
+    EXPECT_EQ(offered,
+              QStringList({"Mute for 1 hour", "Mute until tomorrow", "Mute until unmuted"}));
+    menu->actions()[1]->trigger();
+    EXPECT_EQ(state.activeMute("prj_1"),
+              (ProjectMute{"site-01", QDateTime(QDate(2026, 11, 24), QTime(0, 0))}));
+    ASSERT_TRUE(picker->muteLabels()[1]->isVisibleTo(picker));
+    EXPECT_EQ(picker->muteLabels()[1]->text(), "Muted until tomorrow");
+    EXPECT_TRUE(picker->checkBoxes()[1]->isChecked()); // still monitored
+
+    state.muteProject("prj_2", "site-02", MuteLength::oneHour); // from the panel, say
+    EXPECT_EQ(picker->muteLabels()[2]->text(), "Muted until 16:00");
+    Q_EMIT menu->aboutToShow(); // opened again: unmuting comes first
+    ASSERT_EQ(menu->actions()[1]->text(), "Unmute");
+    menu->actions()[1]->trigger();
+    EXPECT_FALSE(state.activeMute("prj_1"));
+    EXPECT_FALSE(picker->muteLabels()[1]->isVisibleTo(picker));
+}
+
 TEST_F(SettingsWindowTest, EachControlWritesItsPreference) {
     choose(general().intervalPicker(), "2 min");
     EXPECT_EQ(state.refreshInterval(), 120);
@@ -294,13 +326,21 @@ TEST_F(SettingsWindowTest, EachControlWritesItsPreference) {
     choose(general().languagePicker(), "Automatic (system)");
     EXPECT_EQ(prefs->string(PreferenceKeys::appLanguage), "auto");
 
-    EXPECT_FALSE(general().slowBuildToggle()->isChecked()); // off until asked for
+    // Off until asked for.
+    for (QCheckBox* quiet :
+         {general().slowBuildToggle(), general().notifyProductionToggle(),
+          general().onlyMineToggle(), general().botsToggle(), general().fixedToggle()})
+        EXPECT_FALSE(quiet->isChecked()) << quiet->text().toStdString();
     const std::pair<QCheckBox*, QString> toggles[] = {
         {general().heroToggle(), PreferenceKeys::heroMonochrome},
         {general().liveActivityToggle(), PreferenceKeys::liveActivity},
         {general().notifyToggle(), PreferenceKeys::notifyOnFailure},
         {general().productionOnlyToggle(), PreferenceKeys::countProductionOnly},
-        {general().slowBuildToggle(), PreferenceKeys::slowBuildWarning}};
+        {general().slowBuildToggle(), PreferenceKeys::slowBuildWarning},
+        {general().notifyProductionToggle(), PreferenceKeys::notifyProductionOnly},
+        {general().onlyMineToggle(), PreferenceKeys::notifyOnlyMine},
+        {general().botsToggle(), PreferenceKeys::ignoreBotBranches},
+        {general().fixedToggle(), PreferenceKeys::notifyWhenFixed}};
     for (const auto& [toggle, key] : toggles) {
         const bool was = toggle->isChecked();
         toggle->click();
@@ -313,6 +353,8 @@ TEST_F(SettingsWindowTest, EachControlWritesItsPreference) {
     // Values changed elsewhere show at once.
     state.setHeroMonochrome(true);
     state.setRefreshInterval(15);
+    state.setNotifyOnlyMine(false);
+    EXPECT_FALSE(general().onlyMineToggle()->isChecked());
     EXPECT_TRUE(general().heroToggle()->isChecked());
     EXPECT_EQ(general().intervalPicker()->currentText(), "15 s");
 }

@@ -1,3 +1,5 @@
+#include "core/demo/DemoDirector.h"
+#include "support/FakeDesktop.h"
 #include "support/ManualClock.h"
 #include "support/QtPrinters.h"
 #include "support/ScopedEnvironment.h"
@@ -379,4 +381,71 @@ TEST_F(LiveActivityTest, AWaitForTheTrayIconShowsNothingOnceTheBuildsAreGone) {
     clock.advance(10s);
     EXPECT_FALSE(controller.isVisible());
     EXPECT_TRUE(controller.model().rows().isEmpty());
+}
+
+namespace {
+
+// The controller following a demo AppState, as the tray wires them.
+class CapsuleFollowingTheDemo : public ::testing::Test, protected FakeDesktop {
+protected:
+    AppState state{services()};
+    StatusPalette palette{*prefs, "#FF0074"};
+    LiveActivityController controller{palette, clock};
+
+    void SetUp() override {
+        controller.setAnchorSource([] { return QRectF(700, 0, 37, 25); });
+        controller.observe(state);
+        state.start(true);
+        QCoreApplication::processEvents();
+    }
+
+    // Moves the demo's time on, letting the controller take each change as the tray would.
+    void play(std::chrono::milliseconds span) {
+        for (auto t = 0ms; t < span; t += 500ms) {
+            clock.advance(500ms);
+            QCoreApplication::processEvents();
+        }
+    }
+
+    // Every project the capsule has shown since the last call.
+    QSet<QString> shown;
+    void watchRows() {
+        QObject::connect(&controller.model(), &LiveActivityModel::changed, &controller, [this] {
+            for (const ProjectSnapshot& row : controller.model().rows())
+                shown.insert(row.name);
+        });
+    }
+};
+
+} // namespace
+
+TEST_F(CapsuleFollowingTheDemo, WhatMayNotInterruptStaysOutOfTheCapsuleButNotOutOfThePanel) {
+    watchRows();
+    state.muteProject("api", "api", MuteLength::untilUnmuted);
+    state.demo()->runScene(2); // api fails
+    state.demo()->runScene(1); // my-saas goes live
+    play(30s);
+    EXPECT_EQ(shown, QSet<QString>{"my-saas"});
+    EXPECT_TRUE(notifications.posted.isEmpty());
+    EXPECT_EQ(state.overallTone(), Tone::error);
+    EXPECT_EQ(state.statusSummary(), "1 failed");
+
+    // Production only: the onboarding preview of scene 3 stays out.
+    shown.clear();
+    state.setNotifyProductionOnly(true);
+    state.demo()->runScene(3);
+    play(30s);
+    EXPECT_EQ(shown, (QSet<QString>{"landing-page", "docs"}));
+
+    // Unmuted, api's next failure is both on screen and told; "only mine" keeps the demo's own
+    // deployments, started by the demo's user.
+    shown.clear();
+    state.unmuteProject("api");
+    state.setNotifyOnlyMine(true);
+    state.demo()->runScene(2);
+    play(5s);
+    EXPECT_EQ(shown, QSet<QString>{"api"});
+    play(20s);
+    ASSERT_EQ(notifications.posted.size(), 1);
+    EXPECT_EQ(notifications.posted[0].title, "api: deployment failed");
 }

@@ -1,11 +1,13 @@
-// Renders every state of the panel and the Live Activity capsule to PNG files, offscreen, so a
-// person can look at them (and the README can show them).
+// Renders every state of the panel, the Live Activity capsule and the General settings to PNG
+// files, offscreen, so a person can look at them (and the README can show them).
 #include "core/common/Language.h"
 #include "core/demo/DemoDirector.h"
 #include "platform/ServiceModule.h"
 #include "screenshots/ScreenshotScene.h"
 #include "support/WaitUntil.h"
 #include "ui/panel/PanelView.h"
+#include "ui/settings/GeneralSettings.h"
+#include "ui/settings/SettingsView.h"
 #include "ui/settings/VercelSettings.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityView.h"
@@ -15,6 +17,7 @@
 #include <QDir>
 #include <QJsonArray>
 #include <QPainter>
+#include <QTabBar>
 #include <cstdio>
 #include <memory>
 
@@ -145,6 +148,54 @@ void shootDemo(const QString& name, int scene, double seconds, const QString& la
     shootPanel(demo, name);
 }
 
+// The demo after api failed, with api muted for an hour: its row stays, marked.
+void shootMuted() {
+    ScreenshotScene& demo = newScene();
+    demo.state.setLanguage(QStringLiteral("en"));
+    demo.state.start(true);
+    demo.state.demo()->runScene(2);
+    for (int i = 0; i < 60; ++i)
+        demo.clock.advance(500ms);
+    demo.state.muteProject(QStringLiteral("api"), QStringLiteral("api"), MuteLength::oneHour);
+    settle();
+    shootPanel(demo, QStringLiteral("panel-muted"));
+}
+
+// A tab of Settings whole, as tall as its content (the window scrolls past 680 pixels).
+void shootSettings(ScreenshotScene& scene, SettingsView::Tab tab, const QString& name) {
+    SettingsView view(scene.state, scene.palette, nullptr, nullptr);
+    view.show(); // opens on the Vercel tab
+    view.setTab(tab);
+    settle();
+    QWidget* page = tab == SettingsView::Tab::general ? static_cast<QWidget*>(view.general())
+                                                      : static_cast<QWidget*>(view.vercel());
+    const int content = page->hasHeightForWidth() ? page->heightForWidth(SettingsView::viewWidth)
+                                                  : page->sizeHint().height();
+    view.resize(SettingsView::viewWidth, view.tabBar()->sizeHint().height() + content + 2);
+    settle();
+    save(view.grab().toImage(), name);
+}
+
+void shootSettingsTabs() {
+    ScreenshotScene& general = newScene();
+    general.state.setLanguage(QStringLiteral("en"));
+    shootSettings(general, SettingsView::Tab::general, QStringLiteral("settings-general"));
+
+    // Connected with a token Vercel disables on 1 January 2027, one project muted for an hour.
+    ScreenshotScene& vercel = newScene();
+    vercel.state.setLanguage(QStringLiteral("en"));
+    vercel.account.token.insert(
+        "expiresAt", double(QDateTime(QDate(2027, 1, 1), QTime(12, 0)).toMSecsSinceEpoch()));
+    for (int i = 0; i < 5; ++i)
+        vercel.account.addProject({}, QStringLiteral("prj_%1").arg(i),
+                                  QStringLiteral("site-%1").arg(i, 2, 10, QLatin1Char('0')));
+    QCoro::waitFor(vercel.state.saveToken(QStringLiteral("tok_screenshots")));
+    waitUntil([&] { return !vercel.state.isRefreshing(); });
+    vercel.state.muteProject(QStringLiteral("prj_2"), QStringLiteral("site-02"),
+                             MuteLength::oneHour);
+    shootSettings(vercel, SettingsView::Tab::vercel, QStringLiteral("settings-vercel"));
+}
+
 ProjectSnapshot capsuleRow(const QString& name, const char* state, const char* message,
                            double secondsAgo, std::optional<double> buildSeconds) {
     VercelDeployment d;
@@ -235,6 +286,8 @@ int main(int argc, char** argv) {
     shootDemo("panel-rows", 1, 9, "en");
     shootDemo("panel-failed-row", 2, 30, "en");
     shootDemo("panel-french", 2, 30, "fr");
+    shootMuted();
+    shootSettingsTabs();
     shootCapsules();
     std::fflush(stdout);
     // The scenes left waiting on unanswered requests are not taken apart.

@@ -26,3 +26,27 @@ std::optional<quint32> rgbFromHex(QStringView text) {
         return std::nullopt;
     return text.toUInt(nullptr, 16);
 }
+
+namespace PaletteDefaults {
+
+QString success() {
+    return QStringLiteral("#0CF1E8");
+}
+
+QString queued() {
+    return QStringLiteral("#C05BEC");
+}
+
+QString error() {
+    return errorFrom(qEnvironmentVariableIsSet("QUILLON_ERROR_COLOR")
+                         ? std::optional<QString>(qEnvironmentVariable("QUILLON_ERROR_COLOR"))
+                         : std::nullopt);
+}
+
+QString errorFrom(const std::optional<QString>& environmentValue) {
+    if (environmentValue && rgbFromHex(*environmentValue))
+        return *environmentValue;
+    return QStringLiteral("#FF0074");
+}
+
+} // namespace PaletteDefaults

@@ -137,6 +137,13 @@ std::optional<QStringList> Preferences::stringList(const QString& key) const {
     return result;
 }
 
+std::optional<QVariantMap> Preferences::map(const QString& key) const {
+    const QVariant value = settings_->value(key);
+    if (value.typeId() != QMetaType::QVariantMap)
+        return std::nullopt;
+    return value.toMap();
+}
+
 void Preferences::setInteger(const QString& key, qint64 value) {
     write(key, QVariant::fromValue(value));
 }
@@ -151,6 +158,10 @@ void Preferences::setString(const QString& key, const QString& value) {
 
 void Preferences::setStringList(const QString& key, const QStringList& value) {
     write(key, QVariant(value));
+}
+
+void Preferences::setMap(const QString& key, const QVariantMap& value) {
+    write(key, value);
 }
 
 void Preferences::remove(const QString& key) {

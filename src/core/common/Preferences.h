@@ -30,11 +30,14 @@ public:
     std::optional<bool> boolean(const QString& key) const;
     std::optional<QString> string(const QString& key) const;
     std::optional<QStringList> stringList(const QString& key) const;
+    // A JSON object, its members as QVariant (integers as qint64).
+    std::optional<QVariantMap> map(const QString& key) const;
 
     void setInteger(const QString& key, qint64 value);
     void setBoolean(const QString& key, bool value);
     void setString(const QString& key, const QString& value);
     void setStringList(const QString& key, const QStringList& value);
+    void setMap(const QString& key, const QVariantMap& value);
     void remove(const QString& key);
 
     // Reads the file again (another process may have written it).

@@ -31,6 +31,10 @@ const QList<DemoDirector::Project>& DemoDirector::projects() {
     return list;
 }
 
+QString DemoDirector::userId() {
+    return QStringLiteral("usr_demo_acme");
+}
+
 double DemoDirector::speedFromEnvironment() {
     bool ok = false;
     const double speed = qEnvironmentVariable("QUILLON_DEMO_SPEED").toDouble(&ok);
@@ -93,6 +97,7 @@ VercelDeployment DemoDirector::newDeployment(const Play& play) const {
     meta.insert(QStringLiteral("githubCommitMessage"), JSONScalar{play.message});
     meta.insert(QStringLiteral("githubCommitSha"), JSONScalar{fakeSHA(play.message)});
     deployment.meta = meta;
+    deployment.creatorUid = userId();
     return deployment;
 }
 

@@ -24,6 +24,9 @@ public:
     ~DemoDirector() override;
 
     static const QList<Project>& projects();
+    // The demo account's user: it starts every fake deployment, so "only my deployments" keeps
+    // the demo speaking.
+    static QString userId();
 
     // QUILLON_DEMO_SPEED: every wait of the demo is divided by this factor, so a recording or an
     // end-to-end run need not sit through real build times. 1 when unset or not a positive number.

@@ -8,6 +8,7 @@
 
 AppState::AppState(Services services, QObject* parent) : QObject(parent), services_(services) {
     readPreferences();
+    scheduleMuteEnd();
     qtTranslation_.follow(Language::isFrench(services_.preferences, Language::systemLanguages()));
     services_.notifications.setReportHandler(
         [this](const QString& deploymentID) { copyReportFromNotification(deploymentID); });
@@ -18,6 +19,8 @@ AppState::~AppState() {
     services_.notifications.setReportHandler(nullptr);
     if (pacer_)
         pacer_->forgetClock(); // requests still in flight outlive the clock's owner
+    if (muteTask_)
+        muteTask_->cancel();
     cancelRetry();
     cancelLoop();
     reportWaits_->cancel();
@@ -37,6 +40,45 @@ void AppState::readPreferences() {
     heroMonochrome_ = prefs.boolean(PreferenceKeys::heroMonochrome).value_or(true);
     liveActivity_ = prefs.boolean(PreferenceKeys::liveActivity).value_or(true);
     slowBuildWarning_ = prefs.boolean(PreferenceKeys::slowBuildWarning).value_or(false);
+    readPolicyPreferences();
+}
+
+void AppState::readPolicyPreferences() {
+    const Preferences& prefs = services_.preferences;
+    policyFilters_.productionOnly =
+        prefs.boolean(PreferenceKeys::notifyProductionOnly).value_or(false);
+    policyFilters_.onlyMine = prefs.boolean(PreferenceKeys::notifyOnlyMine).value_or(false);
+    policyFilters_.ignoreBots = prefs.boolean(PreferenceKeys::ignoreBotBranches).value_or(false);
+    notifyWhenFixed_ = prefs.boolean(PreferenceKeys::notifyWhenFixed).value_or(false);
+    // The demo's mutes live in memory: its projects are not the account's.
+    if (!isDemo_)
+        mutes_ = MuteStore::read(prefs);
+}
+
+void AppState::reloadPreferences() {
+    const auto current = [this] {
+        return std::tuple(monitoredIDs_, refreshInterval_, notifyOnFailure_, countProductionOnly_,
+                          language_, heroMonochrome_, liveActivity_, slowBuildWarning_,
+                          policyFilters_, notifyWhenFixed_, mutes_);
+    };
+    const auto before = current();
+    services_.preferences.reload();
+    // In demo mode the monitored set and the counter's switch are the demo's own, never stored.
+    const QSet<QString> monitored = monitoredIDs_;
+    const bool countProductionOnly = countProductionOnly_;
+    readPreferences();
+    if (isDemo_) {
+        monitoredIDs_ = monitored;
+        countProductionOnly_ = countProductionOnly;
+    }
+    if (current() == before)
+        return;
+    qtTranslation_.follow(Language::isFrench(services_.preferences, Language::systemLanguages()));
+    scheduleMuteEnd();
+    announcePreferences();
+    if (!isDemo_ &&
+        (monitoredIDs_ != std::get<0>(before) || countProductionOnly_ != std::get<3>(before)))
+        refresh();
 }
 
 void AppState::start(bool demoMode) {
@@ -96,6 +138,22 @@ void AppState::setSlowBuildWarning(bool on) {
     storeBoolean(slowBuildWarning_, PreferenceKeys::slowBuildWarning, on);
 }
 
+void AppState::setNotifyProductionOnly(bool on) {
+    storeBoolean(policyFilters_.productionOnly, PreferenceKeys::notifyProductionOnly, on);
+}
+
+void AppState::setNotifyOnlyMine(bool on) {
+    storeBoolean(policyFilters_.onlyMine, PreferenceKeys::notifyOnlyMine, on);
+}
+
+void AppState::setNotifyWhenFixed(bool on) {
+    storeBoolean(notifyWhenFixed_, PreferenceKeys::notifyWhenFixed, on);
+}
+
+void AppState::setIgnoreBotBranches(bool on) {
+    storeBoolean(policyFilters_.ignoreBots, PreferenceKeys::ignoreBotBranches, on);
+}
+
 void AppState::setCountProductionOnly(bool on) {
     if (isDemo_) {
         countProductionOnly_ = on;
@@ -126,6 +184,80 @@ void AppState::setLaunchAtLogin(bool enabled) {
         setLastError(*failure);
     launchAtLogin_ = services_.loginItem.isEnabled();
     announcePreferences();
+}
+
+// Muted projects --------------------------------------------------------------------------
+
+std::optional<ProjectMute> AppState::activeMute(const QString& projectId) const {
+    const auto mute = mutes_.constFind(projectId);
+    if (mute == mutes_.constEnd() || !mute->isActive(services_.clock.now()))
+        return std::nullopt;
+    return *mute;
+}
+
+void AppState::muteProject(const QString& projectId, const QString& name, MuteLength length) {
+    muteProjectUntil(projectId, name, muteEnd(length, services_.clock.now()));
+}
+
+void AppState::muteProjectUntil(const QString& projectId, const QString& name,
+                                std::optional<QDateTime> until) {
+    ProjectMutes mutes = mutes_;
+    mutes.insert(projectId, {name, std::move(until)});
+    setMutes(std::move(mutes));
+}
+
+void AppState::unmuteProject(const QString& projectId) {
+    if (!mutes_.contains(projectId))
+        return;
+    ProjectMutes mutes = mutes_;
+    mutes.remove(projectId);
+    setMutes(std::move(mutes));
+}
+
+// Mutes that have ended are dropped on the way, so the store never grows with old ones.
+void AppState::setMutes(ProjectMutes mutes) {
+    const QDateTime now = services_.clock.now();
+    mutes.removeIf([&](const auto& entry) { return !entry.value().isActive(now); });
+    mutes_ = std::move(mutes);
+    if (!isDemo_)
+        MuteStore::write(services_.preferences, mutes_);
+    scheduleMuteEnd();
+    announcePreferences();
+}
+
+void AppState::scheduleMuteEnd() {
+    if (muteTask_)
+        muteTask_->cancel();
+    muteTask_.reset();
+    std::optional<QDateTime> earliest;
+    for (const ProjectMute& mute : std::as_const(mutes_)) {
+        if (mute.until && (!earliest || *mute.until < *earliest))
+            earliest = mute.until;
+    }
+    if (!earliest)
+        return;
+    const qint64 wait = std::max<qint64>(0, services_.clock.now().msecsTo(*earliest));
+    muteTask_ = std::make_shared<Cancellation>();
+    endMutesAfter(QPointer<AppState>(this), std::chrono::milliseconds(wait), muteTask_);
+}
+
+QCoro::Task<> AppState::endMutesAfter(QPointer<AppState> self, std::chrono::milliseconds wait,
+                                      std::shared_ptr<Cancellation> token) {
+    co_await self->clock().sleep(wait, token);
+    if (self && !token->isCancelled())
+        self->endDueMutes();
+}
+
+void AppState::endDueMutes() {
+    setMutes(mutes_);
+}
+
+NotificationPolicy AppState::notificationPolicy() const {
+    return NotificationPolicy(policyFilters_, accountUserId_, mutes_);
+}
+
+bool AppState::interrupts(const ProjectSnapshot& snapshot) const {
+    return notificationPolicy().allows(snapshot, services_.clock.now());
 }
 
 // Monitored set ---------------------------------------------------------------------------

@@ -4,9 +4,12 @@
 #include "core/keychain/KeychainMode.h"
 #include "core/monitor/Clock.h"
 #include "core/monitor/ConnectionState.h"
+#include "core/monitor/FailureRecovery.h"
 #include "core/monitor/NetworkWatch.h"
 #include "core/monitor/NotificationPause.h"
+#include "core/monitor/NotificationPolicy.h"
 #include "core/monitor/PlatformServices.h"
+#include "core/monitor/ProjectMute.h"
 #include "core/monitor/ScopeMemory.h"
 #include "core/monitor/ScopeProblem.h"
 #include "core/vercel/ProjectRef.h"
@@ -47,6 +50,14 @@ class AppState : public QObject {
     Q_PROPERTY(
         bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY preferencesChanged)
     Q_PROPERTY(bool slowBuildWarning READ slowBuildWarning WRITE setSlowBuildWarning NOTIFY
+                   preferencesChanged)
+    Q_PROPERTY(bool notifyProductionOnly READ notifyProductionOnly WRITE setNotifyProductionOnly
+                   NOTIFY preferencesChanged)
+    Q_PROPERTY(
+        bool notifyOnlyMine READ notifyOnlyMine WRITE setNotifyOnlyMine NOTIFY preferencesChanged)
+    Q_PROPERTY(bool notifyWhenFixed READ notifyWhenFixed WRITE setNotifyWhenFixed NOTIFY
+                   preferencesChanged)
+    Q_PROPERTY(bool ignoreBotBranches READ ignoreBotBranches WRITE setIgnoreBotBranches NOTIFY
                    preferencesChanged)
 public:
     // What AppState is handed at creation; every reference must outlive it.
@@ -117,6 +128,34 @@ public:
     void setLaunchAtLogin(bool enabled);
     bool slowBuildWarning() const { return slowBuildWarning_; }
     void setSlowBuildWarning(bool on);
+    bool notifyProductionOnly() const { return policyFilters_.productionOnly; }
+    void setNotifyProductionOnly(bool on);
+    bool notifyOnlyMine() const { return policyFilters_.onlyMine; }
+    void setNotifyOnlyMine(bool on);
+    bool notifyWhenFixed() const { return notifyWhenFixed_; }
+    void setNotifyWhenFixed(bool on);
+    bool ignoreBotBranches() const { return policyFilters_.ignoreBots; }
+    void setIgnoreBotBranches(bool on);
+    // Reads the preferences again after another process (quillon-cli) changed them; only what
+    // changed is announced and acted upon.
+    void reloadPreferences();
+
+    // Muted projects. A mute with an end ends by itself, on the clock. Outside demo mode the
+    // mutes are kept in the preferences; the demo's projects are muted for the session only.
+    const ProjectMutes& mutes() const { return mutes_; }
+    // The project's mute while it lasts.
+    std::optional<ProjectMute> activeMute(const QString& projectId) const;
+    void muteProject(const QString& projectId, const QString& name, MuteLength length);
+    void muteProjectUntil(const QString& projectId, const QString& name,
+                          std::optional<QDateTime> until);
+    void unmuteProject(const QString& projectId);
+
+    // The account's user id, the creator "only my deployments" looks for; absent until known.
+    const std::optional<QString>& accountUserId() const { return accountUserId_; }
+    // The rules of what may interrupt the user, as they stand now.
+    NotificationPolicy notificationPolicy() const;
+    // Whether the snapshot's latest deployment may reach a notification or the capsule now.
+    bool interrupts(const ProjectSnapshot& snapshot) const;
 
     // Monitored set.
     QSet<QString> effectiveMonitoredIDs() const;
@@ -181,7 +220,15 @@ Q_SIGNALS:
 
 private:
     void readPreferences();
+    void readPolicyPreferences();
     void announcePreferences();
+    void setMutes(ProjectMutes mutes);
+    void scheduleMuteEnd();
+    static QCoro::Task<> endMutesAfter(QPointer<AppState> self, std::chrono::milliseconds wait,
+                                       std::shared_ptr<Cancellation> token);
+    void endDueMutes();
+    void noticeFixes(const QList<ProjectSnapshot>& snapshots, const NotificationPolicy& policy,
+                     const QDateTime& now);
     void storeBoolean(bool& field, const QString& key, bool value);
     void persistMonitored();
     void setConnection(Connection connection);
@@ -256,6 +303,11 @@ private:
     bool heroMonochrome_ = true;
     bool liveActivity_ = true;
     bool slowBuildWarning_ = false;
+    NotificationPolicy::Filters policyFilters_;
+    bool notifyWhenFixed_ = false;
+    ProjectMutes mutes_;
+    std::shared_ptr<Cancellation> muteTask_;
+    std::optional<QString> accountUserId_;
     std::optional<VercelAPI> api_;
     // Bumped when the token is removed, so a pass still waiting on the network publishes nothing.
     quint64 generation_ = 0;
@@ -286,6 +338,7 @@ private:
     // Failures shown this session, by deployment id, for "Copy for AI" on their notification.
     QHash<QString, ProjectSnapshot> notifiedFailures_;
     QSet<QString> slowWarned_;
+    FailureRecovery recovery_;
     NotificationPause pause_{services_.clock, services_.notifications};
     std::optional<Tone> previewTone_;
     QtTranslation qtTranslation_;

@@ -135,6 +135,7 @@ QCoro::Task<> AppState::checkAccount(QString token) {
     retryAttempt_ = 0;
     api_ = client;
     adoptScopes(user->user, teams ? std::optional(teams->teams) : std::nullopt);
+    accountUserId_ = user->user.id;
     setConnection(Connection::connected(user->user.username));
     setLastError(std::nullopt);
 
@@ -226,6 +227,7 @@ void AppState::removeToken() {
     unlistedScopes_.clear();
     slowedDown_ = false;
     nextCheck_.reset();
+    accountUserId_.reset();
     keychainMode_.reset();
     tokenExpiry_ = TokenExpiry::unknown();
     snapshots_.clear();

@@ -7,6 +7,8 @@ using namespace std::chrono_literals;
 
 void AppState::startDemo() {
     isDemo_ = true;
+    mutes_.clear(); // the account's mutes are of other projects; the demo's are its own
+    scheduleMuteEnd();
     demo_ = std::make_unique<DemoDirector>(services_.clock);
     availableProjects_ = demo_->projectRefs();
     Q_EMIT availableProjectsChanged();
@@ -17,6 +19,7 @@ void AppState::startDemo() {
     setConnection(Connection::connected(QStringLiteral("acme")));
     keychainMode_ = KeychainStore::Mode::synced;
     tokenExpiry_ = TokenExpiry::never();
+    accountUserId_ = DemoDirector::userId();
     hasLoadedOnce_ = true;
     QPointer<AppState> self(this);
     demo_->onChange = [self] {

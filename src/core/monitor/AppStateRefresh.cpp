@@ -127,29 +127,50 @@ QCoro::Task<> AppState::runLoop(QPointer<AppState> self, std::shared_ptr<Cancell
 
 void AppState::notifyFailures(const QList<ProjectSnapshot>& snapshots) {
     const bool firstPass = previousStatus_.isEmpty();
+    const NotificationPolicy policy = notificationPolicy();
+    const QDateTime now = services_.clock.now();
     for (const ProjectSnapshot& snapshot : snapshots) {
         const DeployStatus status = snapshot.status();
         // A blocked deployment is told like a failed one, with the reason Vercel gives.
         if (notifyOnFailure_ && !firstPass && snapshot.latest && isFailure(status) &&
             !notifiedDeployments_.contains(snapshot.latest->deploymentID()) &&
             previousStatus_.value(snapshot.id, DeployStatus::unknown) != status) {
+            // A failure the policy keeps quiet is settled too: unmuting does not bring it late.
             notifiedDeployments_.insert(snapshot.latest->deploymentID());
-            notifiedFailures_.insert(snapshot.latest->deploymentID(), snapshot);
-            pause_.deliver(failureNotification(snapshot));
+            if (policy.allows(snapshot, now)) {
+                notifiedFailures_.insert(snapshot.latest->deploymentID(), snapshot);
+                pause_.deliver(failureNotification(snapshot));
+            }
         }
         previousStatus_.insert(snapshot.id, status);
     }
+    noticeFixes(snapshots, policy, now);
     warnSlowBuilds(snapshots);
+}
+
+// "Live again" follows the failures of the deployments the policy concerns itself with; a muted
+// project or a paused monitor stays silent, and the failure counts as answered all the same.
+void AppState::noticeFixes(const QList<ProjectSnapshot>& snapshots,
+                           const NotificationPolicy& policy, const QDateTime& now) {
+    for (const ProjectSnapshot& snapshot : snapshots) {
+        if (!snapshot.latest || !policy.concerns(*snapshot.latest))
+            continue;
+        if (recovery_.endsFailure(snapshot) && notifyWhenFixed_ &&
+            !policy.isMuted(snapshot.id, now) && !pause_.isPaused())
+            services_.notifications.post(fixedNotification(snapshot));
+    }
 }
 
 void AppState::warnSlowBuilds(const QList<ProjectSnapshot>& snapshots) {
     // A paused monitor stays silent; a build still slow when the pause ends is told then.
     if (!slowBuildWarning_ || pause_.isPaused())
         return;
+    const NotificationPolicy policy = notificationPolicy();
     const QDateTime now = services_.clock.now();
     for (const ProjectSnapshot& snapshot : snapshots) {
         const std::optional<double> elapsed = slowBuildElapsed(snapshot, now);
-        if (!elapsed || slowWarned_.contains(snapshot.latest->deploymentID()))
+        if (!elapsed || slowWarned_.contains(snapshot.latest->deploymentID()) ||
+            !policy.allows(snapshot, now))
             continue;
         slowWarned_.insert(snapshot.latest->deploymentID());
         services_.notifications.post(slowBuildNotification(snapshot, *elapsed));

@@ -7,3 +7,7 @@
 // "<project>: deployment failed", body "Branch main · Fix login · 2 min 5 s"; for a blocked one
 // "<project>: deployment blocked" with Vercel's reason.
 FailureNotification failureNotification(const ProjectSnapshot& snapshot);
+
+// The notification for a project live again after a failure: "<project> is live again", with the
+// same body of the ready deployment (its branch, commit and build time).
+FailureNotification fixedNotification(const ProjectSnapshot& snapshot);

@@ -13,4 +13,9 @@ inline const QString appLanguage = QStringLiteral("appLanguage");
 inline const QString heroMonochrome = QStringLiteral("heroMonochrome");
 inline const QString liveActivity = QStringLiteral("liveActivity");
 inline const QString slowBuildWarning = QStringLiteral("slowBuildWarning");
+inline const QString notifyProductionOnly = QStringLiteral("notifyProductionOnly");
+inline const QString notifyOnlyMine = QStringLiteral("notifyOnlyMine");
+inline const QString notifyWhenFixed = QStringLiteral("notifyWhenFixed");
+inline const QString ignoreBotBranches = QStringLiteral("ignoreBotBranches");
+inline const QString mutedProjects = QStringLiteral("mutedProjects");
 } // namespace PreferenceKeys

@@ -132,22 +132,34 @@ bool readMeta(const std::optional<V>& v, std::optional<QMap<QString, JSONScalar>
     return true;
 }
 
+// Of `creator` only its `uid` is read: whose deployment it is.
+template <typename V> bool readCreator(const std::optional<V>& v, std::optional<QString>& out) {
+    out.reset();
+    if (!v || v->isNull())
+        return true;
+    if (!v->isObject())
+        return false;
+    const auto [uid] = members(*v, std::array<std::string_view, 1>{"uid"});
+    return optional(uid, out);
+}
+
 template <typename V> bool read(const V& v, VercelDeployment& out) {
     if (!v.isObject())
         return false;
-    static constexpr std::array<std::string_view, 15> keys{
+    static constexpr std::array<std::string_view, 16> keys{
         "id",           "uid",        "name",   "projectId", "url",
         "inspectorUrl", "readyState", "state",  "createdAt", "created",
-        "buildingAt",   "ready",      "target", "meta",      "readyStateReason"};
+        "buildingAt",   "ready",      "target", "meta",      "readyStateReason",
+        "creator"};
     const auto [id, uid, name, projectId, url, inspectorUrl, readyState, state, createdAt, created,
-                buildingAt, ready, target, meta, readyStateReason] = members(v, keys);
+                buildingAt, ready, target, meta, readyStateReason, creator] = members(v, keys);
     return optional(id, out.id) && optional(uid, out.uid) && optional(name, out.name) &&
            optional(projectId, out.projectId) && optional(url, out.url) &&
            optional(inspectorUrl, out.inspectorUrl) && optional(readyState, out.readyState) &&
            optional(state, out.state) && optional(createdAt, out.createdAt) &&
            optional(created, out.created) && optional(buildingAt, out.buildingAt) &&
            optional(ready, out.ready) && optional(target, out.target) && readMeta(meta, out.meta) &&
-           optional(readyStateReason, out.readyStateReason);
+           optional(readyStateReason, out.readyStateReason) && readCreator(creator, out.creatorUid);
 }
 
 template <typename V> bool read(const V& v, VercelProject& out) {
@@ -184,10 +196,10 @@ template <typename V> bool read(const V& v, VercelTeam& out) {
 template <typename V> bool read(const V& v, VercelUser& out) {
     if (!v.isObject())
         return false;
-    static constexpr std::array<std::string_view, 4> keys{"username", "email", "name",
+    static constexpr std::array<std::string_view, 5> keys{"id", "username", "email", "name",
                                                           "defaultTeamId"};
-    const auto [username, email, name, defaultTeamId] = members(v, keys);
-    return required(username, out.username) && optional(email, out.email) &&
+    const auto [id, username, email, name, defaultTeamId] = members(v, keys);
+    return optional(id, out.id) && required(username, out.username) && optional(email, out.email) &&
            optional(name, out.name) && optional(defaultTeamId, out.defaultTeamId);
 }
 

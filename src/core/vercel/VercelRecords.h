@@ -31,6 +31,7 @@ struct VercelDeployment {
     std::optional<QString> target;
     std::optional<QMap<QString, JSONScalar>> meta;
     std::optional<QString> readyStateReason; // why Vercel blocked it, in Vercel's words
+    std::optional<QString> creatorUid;       // creator.uid: the Vercel user who started it
 
     // Derived values.
     DeployStatus status() const; // readyState, else state, upper-cased
@@ -63,6 +64,7 @@ struct VercelTeam {
 };
 
 struct VercelUser {
+    std::optional<QString> id;
     QString username;
     std::optional<QString> email;
     std::optional<QString> name;

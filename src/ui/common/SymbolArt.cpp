@@ -165,6 +165,37 @@ void drawClipboard(QPainter& p, const QRectF& in, const QColor& color) {
     p.setBrush(Qt::NoBrush);
 }
 
+// A solid bell, which reads at a tray's small sizes; crossed out, notifications held back: the
+// stroke is cut clear of the bell so it shows on any background.
+void drawBell(QPainter& p, const QRectF& in, const QColor& color, bool slashed) {
+    const double w = in.width(), h = in.height();
+    const double cx = in.center().x();
+    QPainterPath bell;
+    bell.moveTo(in.left() + w * 0.08, in.top() + h * 0.78);
+    bell.lineTo(in.left() + w * 0.2, in.top() + h * 0.62);
+    bell.lineTo(in.left() + w * 0.2, in.top() + h * 0.42);
+    bell.cubicTo(in.left() + w * 0.2, in.top() + h * 0.06, in.right() - w * 0.2,
+                 in.top() + h * 0.06, in.right() - w * 0.2, in.top() + h * 0.42);
+    bell.lineTo(in.right() - w * 0.2, in.top() + h * 0.62);
+    bell.lineTo(in.right() - w * 0.08, in.top() + h * 0.78);
+    bell.closeSubpath();
+    p.fillPath(bell, color);
+    p.setBrush(color);
+    p.drawEllipse(QPointF(cx, in.bottom() - h * 0.08), w * 0.1, h * 0.08);
+    p.setBrush(Qt::NoBrush);
+    if (!slashed)
+        return;
+    const QPointF from = in.topLeft() + QPointF(w * 0.02, h * 0.02);
+    const QPointF to = in.bottomRight() - QPointF(w * 0.02, h * 0.02);
+    const QPen pen = p.pen();
+    p.setCompositionMode(QPainter::CompositionMode_Clear);
+    p.setPen(QPen(Qt::black, pen.widthF() * 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(from + QPointF(w * 0.06, -h * 0.06), to + QPointF(w * 0.06, -h * 0.06));
+    p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    p.setPen(pen);
+    p.drawLine(from, to);
+}
+
 void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QColor& color) {
     const QRectF in = box.adjusted(box.width() * 0.1, box.height() * 0.1, -box.width() * 0.1,
                                    -box.height() * 0.1);
@@ -212,6 +243,8 @@ void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QCo
         drawPower(p, in);
     } else if (symbol == QLatin1String("square.stack.3d.up.slash")) {
         drawStackSlashed(p, in);
+    } else if (symbol == QLatin1String("bell") || symbol == QLatin1String("bell.slash")) {
+        drawBell(p, in, color, symbol == QLatin1String("bell.slash"));
     } else { // triangle: the Vercel tab
         QPainterPath path;
         path.moveTo(in.center().x(), in.top() + in.height() * 0.08);
@@ -258,6 +291,7 @@ QString themeName(const QString& symbol) {
         {QStringLiteral("exclamationmark.triangle"), QStringLiteral("dialog-warning")},
         {QStringLiteral("key.horizontal"), QStringLiteral("dialog-password")},
         {QStringLiteral("square.stack.3d.up.slash"), QStringLiteral("folder")},
+        {QStringLiteral("bell.slash"), QStringLiteral("notifications-disabled")},
     };
     return names.value(symbol);
 }

@@ -3,6 +3,8 @@
 
 #include "core/common/Language.h"
 #include "core/monitor/AppState.h"
+#include "ui/common/MuteMenu.h"
+#include "ui/common/SymbolArt.h"
 #include "ui/panel/LetterBleed.h"
 #include "ui/panel/MiniPrism.h"
 #include "ui/panel/ProgressLine.h"
@@ -10,8 +12,10 @@
 #include "ui/panel/RowAction.h"
 #include "ui/status/StatusPalette.h"
 
+#include <QContextMenuEvent>
 #include <QDesktopServices>
 #include <QEnterEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -31,6 +35,7 @@ constexpr double actionsGap = 5;
 constexpr double actionSpacing = 6;
 constexpr double badgePadX = 5;
 constexpr double badgePadY = 2;
+constexpr double muteMarkSize = 13;
 
 QColor withAlpha(QColor color, double alpha) {
     color.setAlphaF(static_cast<float>(alpha));
@@ -67,7 +72,7 @@ struct ProjectRow::Metrics {
     QFont nameFont, badgeFont, ageFont, descriptionFont;
     double textLeft = 0, textRight = 0, top = 0, baseline = 0;
     double titleHeight = 0, descriptionTop = 0, descriptionHeight = 0, actionsTop = 0;
-    QRectF badge, age;
+    QRectF badge, age, muteMark;
     QString ageText;
 };
 
@@ -172,6 +177,8 @@ QString ProjectRow::shownName() const {
 }
 
 void ProjectRow::applySnapshot() {
+    mute_ = state_.activeMute(snap_.id);
+    setToolTip(mute_ ? mutedText(*mute_, now()) : QString());
     const bool inProgress = isInProgress(status());
     const bool failed = status() == DeployStatus::error;
     emblem_->setStatus(status());
@@ -236,6 +243,9 @@ ProjectRow::Metrics ProjectRow::metrics() const {
     m.ageText = snap_.latest ? ageText() : QString();
     const double ageWidth = age.horizontalAdvance(m.ageText);
     m.age = QRectF(m.textRight - ageWidth, m.baseline - age.ascent(), ageWidth, age.height());
+    if (mute_)
+        m.muteMark =
+            QRectF(0, m.top + (m.titleHeight - muteMarkSize) / 2, muteMarkSize, muteMarkSize);
     if (hasBadge()) {
         const double w = badge.horizontalAdvance(previewText) + 2 * badgePadX;
         const double h = badge.height() + 2 * badgePadY;
@@ -255,6 +265,8 @@ void ProjectRow::layoutChildren() {
         room -= m.age.width() + titleSpacing;
     if (hasBadge())
         room -= m.badge.width() + titleSpacing;
+    if (mute_)
+        room -= m.muteMark.width() + titleSpacing;
     const double natural = QFontMetricsF(m.nameFont).horizontalAdvance(snap_.name.toUpper());
     nameFrame_ =
         QRectF(m.textLeft, m.top, std::clamp(natural, 0.0, std::max(0.0, room)), m.titleHeight);
@@ -310,9 +322,17 @@ void ProjectRow::paintEvent(QPaintEvent*) {
     p.setPen(nameColor());
     p.drawText(nameFrame_, Qt::AlignLeft | Qt::AlignVCenter, shownName());
 
+    double afterName = nameFrame_.right();
+    if (mute_) {
+        const QRectF mark = muteMarkFrame();
+        p.drawPixmap(mark.topLeft(), SymbolArt::drawn(QStringLiteral("bell.slash"), secondaryText(),
+                                                      qRound(mark.width()), devicePixelRatioF()));
+        afterName = mark.right();
+    }
+
     if (hasBadge()) {
         QRectF badge = m.badge;
-        badge.moveLeft(nameFrame_.right() + titleSpacing);
+        badge.moveLeft(afterName + titleSpacing);
         p.setPen(Qt::NoPen);
         p.setBrush(withAlpha(primaryText(), 0.08));
         p.drawRoundedRect(badge, 4, 4);
@@ -386,6 +406,27 @@ void ProjectRow::mouseReleaseEvent(QMouseEvent* event) {
     event->accept();
     if (click)
         openDashboard();
+}
+
+QRectF ProjectRow::muteMarkFrame() const {
+    if (!mute_)
+        return {};
+    QRectF mark = metrics().muteMark;
+    mark.moveLeft(nameFrame_.right() + titleSpacing);
+    return mark;
+}
+
+void ProjectRow::fillContextMenu(QMenu& menu) {
+    addMuteActions(menu, state_, snap_.id, snap_.name);
+}
+
+void ProjectRow::contextMenuEvent(QContextMenuEvent* event) {
+    event->accept();
+    // Its actions hold the state, not the row; closed, it deletes itself.
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    fillContextMenu(*menu);
+    menu->popup(event->globalPos());
 }
 
 void ProjectRow::openDashboard() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/monitor/ProjectMute.h"
 #include "core/vercel/ProjectSnapshot.h"
 
 #include <QColor>
@@ -17,13 +18,15 @@ class AppState;
 class Cancellation;
 class LetterBleed;
 class MiniPrism;
+class QMenu;
 class ProgressLine;
 class RowAction;
 class StatusPalette;
 
 // One monitored project in the panel's list: emblem, name, PREVIEW badge, age, a line about the
 // latest deployment, the build's progress and, after a failure, "Copy for AI" and "View log".
-// A click anywhere opens the deployment in the dashboard.
+// A click anywhere opens the deployment in the dashboard; the context menu mutes the project, and a
+// muted project carries a crossed-out bell after its name.
 class ProjectRow : public QWidget {
     Q_OBJECT
 public:
@@ -62,6 +65,11 @@ public:
     QString ageText() const;
     QString descriptionText() const;
     bool hasBadge() const;
+    // The project's mute while it lasts; "Muted until 16:00" is the row's tooltip meanwhile.
+    const std::optional<ProjectMute>& mute() const { return mute_; }
+    QRectF muteMarkFrame() const;
+    // What the context menu offers: the mute choices.
+    void fillContextMenu(QMenu& menu);
     QColor nameColor() const;
     QColor ageColor() const;
     QColor descriptionColor() const;
@@ -92,6 +100,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     struct Metrics;
@@ -110,6 +119,7 @@ private:
     StatusPalette& palette_;
     ProjectSnapshot snap_;
     bool accent_ = false;
+    std::optional<ProjectMute> mute_;
     bool hovering_ = false;
     QPointF pointer_;
     QRectF nameFrame_;

@@ -59,6 +59,7 @@ GeneralSettings::GeneralSettings(AppState& state, StatusPalette& palette, ColorP
                        "Aucune notification pour les succès : seul un échec mérite votre "
                        "attention."),
         &AppState::setNotifyOnFailure);
+    buildNoise();
     slowBuild_ = addToggleSection(
         {},
         Language::text("Warn when a build takes longer than usual",
@@ -123,6 +124,35 @@ void GeneralSettings::buildGeneral(QWidget* parent) {
     });
 }
 
+void GeneralSettings::buildNoise() {
+    auto* section = new FormSection(Language::text("Less noise", "Moins de bruit"), this);
+    auto toggle = [&](const QString& text, void (AppState::*setter)(bool)) {
+        auto* box = new QCheckBox(text);
+        section->addRow(box);
+        connect(box, &QCheckBox::clicked, this,
+                [state = &state_, setter](bool on) { (state->*setter)(on); });
+        return box;
+    };
+    notifyProduction_ = toggle(
+        Language::text("Production deployments only", "Déploiements de production seulement"),
+        &AppState::setNotifyProductionOnly);
+    onlyMine_ = toggle(Language::text("Only my deployments", "Seulement mes déploiements"),
+                       &AppState::setNotifyOnlyMine);
+    bots_ = toggle(Language::text("Ignore dependency bots (dependabot/, renovate/)",
+                                  "Ignorer les robots de dépendances (dependabot/, renovate/)"),
+                   &AppState::setIgnoreBotBranches);
+    fixed_ = toggle(Language::text("Notify when a failed project is live again",
+                                   "Notifier quand un projet en échec est de nouveau en ligne"),
+                    &AppState::setNotifyWhenFixed);
+    section->setFooter(Language::text(
+        "Notifications and the capsule follow these; the panel and the tray still show every "
+        "deployment. To mute one project, right-click its row in the panel.",
+        "Les notifications et la capsule les suivent ; le panneau et l'icône montrent toujours "
+        "chaque déploiement. Pour mettre un projet en sourdine, faites un clic droit sur sa ligne "
+        "dans le panneau."));
+    layout()->addWidget(section);
+}
+
 QCheckBox* GeneralSettings::addToggleSection(const QString& header, const QString& toggle,
                                              const QString& footer,
                                              void (AppState::*setter)(bool)) {
@@ -145,6 +175,10 @@ void GeneralSettings::refresh() {
     check(notify_, state_.notifyOnFailure());
     check(slowBuild_, state_.slowBuildWarning());
     check(productionOnly_, state_.countProductionOnly());
+    check(notifyProduction_, state_.notifyProductionOnly());
+    check(onlyMine_, state_.notifyOnlyMine());
+    check(bots_, state_.ignoreBotBranches());
+    check(fixed_, state_.notifyWhenFixed());
     const std::optional<QString>& error = state_.lastError();
     errorSection_->setVisible(error.has_value());
     if (error)

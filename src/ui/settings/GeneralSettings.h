@@ -32,6 +32,11 @@ public:
     QCheckBox* notifyToggle() const { return notify_; }
     QCheckBox* slowBuildToggle() const { return slowBuild_; }
     QCheckBox* productionOnlyToggle() const { return productionOnly_; }
+    // What may interrupt: production only, only mine, no bots, and "live again".
+    QCheckBox* notifyProductionToggle() const { return notifyProduction_; }
+    QCheckBox* onlyMineToggle() const { return onlyMine_; }
+    QCheckBox* botsToggle() const { return bots_; }
+    QCheckBox* fixedToggle() const { return fixed_; }
     ColorsSection* colors() const { return colors_; }
     UpdatesSection* updates() const { return updates_; }
     // Shown only while AppState has a last error.
@@ -40,6 +45,7 @@ public:
 
 private:
     void buildGeneral(QWidget* parent);
+    void buildNoise();
     QCheckBox* addToggleSection(const QString& header, const QString& toggle, const QString& footer,
                                 void (AppState::*setter)(bool));
 
@@ -52,6 +58,10 @@ private:
     QCheckBox* notify_ = nullptr;
     QCheckBox* slowBuild_ = nullptr;
     QCheckBox* productionOnly_ = nullptr;
+    QCheckBox* notifyProduction_ = nullptr;
+    QCheckBox* onlyMine_ = nullptr;
+    QCheckBox* bots_ = nullptr;
+    QCheckBox* fixed_ = nullptr;
     ColorsSection* colors_ = nullptr;
     UpdatesSection* updates_ = nullptr;
     FormSection* errorSection_ = nullptr;

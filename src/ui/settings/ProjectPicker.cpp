@@ -2,11 +2,13 @@
 
 #include "core/common/Language.h"
 #include "core/monitor/AppState.h"
+#include "ui/common/MuteMenu.h"
 #include "ui/common/SymbolArt.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QToolButton>
@@ -67,9 +69,15 @@ void ProjectPicker::refresh() {
         rebuildBoxes();
     }
     const QSet<QString> monitored = state_.effectiveMonitoredIDs();
+    const QColor symbolColor = palette().color(QPalette::WindowText);
     for (int i = 0; i < boxes_.size(); ++i) {
         const QSignalBlocker quiet(boxes_[i]);
         boxes_[i]->setChecked(monitored.contains(projects[i].id));
+        const std::optional<ProjectMute> mute = state_.activeMute(projects[i].id);
+        muteLabels_[i]->setText(mute ? mutedText(*mute, state_.clock().now()) : QString());
+        muteLabels_[i]->setVisible(mute.has_value());
+        muteButtons_[i]->setIcon(SymbolArt::icon(
+            mute ? QStringLiteral("bell.slash") : QStringLiteral("bell"), symbolColor));
     }
     count_->setText(QStringLiteral("%1/%2").arg(monitored.size()).arg(projects.size()));
     empty_->setVisible(projects.isEmpty());
@@ -77,10 +85,16 @@ void ProjectPicker::refresh() {
 }
 
 void ProjectPicker::rebuildBoxes() {
-    qDeleteAll(boxes_);
+    qDeleteAll(rows_);
+    rows_.clear();
     boxes_.clear();
+    muteButtons_.clear();
+    muteLabels_.clear();
     for (const ProjectRef& ref : state_.availableProjects()) {
-        auto* box = new QCheckBox(ref.name, list_);
+        auto* row = new QWidget(list_);
+        auto* layout = new QHBoxLayout(row);
+        layout->setContentsMargins(0, 0, 0, 0);
+        auto* box = new QCheckBox(ref.name, row);
         const QString id = ref.id;
         connect(box, &QCheckBox::clicked, this, [this, id](bool on) {
             if (on)
@@ -88,7 +102,29 @@ void ProjectPicker::rebuildBoxes() {
             else
                 state_.removeMonitored(id);
         });
-        list_->layout()->addWidget(box);
+        layout->addWidget(box, 1);
+        QLabel* muted = secondaryLabel({}, footerPixels, row);
+        muted->setWordWrap(false);
+        layout->addWidget(muted);
+        auto* mute = new QToolButton(row);
+        mute->setAutoRaise(true);
+        mute->setPopupMode(QToolButton::InstantPopup);
+        mute->setToolTip(
+            Language::text("Mute notifications", "Mettre les notifications en sourdine"));
+        mute->setAccessibleName(mute->toolTip() + QStringLiteral(": ") + ref.name);
+        // Built when opened, so it offers what holds then (a mute may have ended meanwhile).
+        auto* menu = new QMenu(mute);
+        const QString name = ref.name;
+        connect(menu, &QMenu::aboutToShow, this, [this, menu, id, name] {
+            menu->clear();
+            addMuteActions(*menu, state_, id, name);
+        });
+        mute->setMenu(menu);
+        layout->addWidget(mute);
+        list_->layout()->addWidget(row);
+        rows_.append(row);
         boxes_.append(box);
+        muteLabels_.append(muted);
+        muteButtons_.append(mute);
     }
 }

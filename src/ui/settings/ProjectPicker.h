@@ -10,8 +10,9 @@ class QCheckBox;
 class QPushButton;
 class QToolButton;
 
-// The projects the token can see, one checkbox each, ticked when the project is monitored; a
-// header with the count, All, None and a reload button. Shown while connected.
+// The projects the token can see, one checkbox each, ticked when the project is monitored, and a
+// bell whose menu mutes it (how long a mute lasts is written beside it); a header with the count,
+// All, None and a reload button. Shown while connected.
 class ProjectPicker : public FormSection {
     Q_OBJECT
 public:
@@ -22,6 +23,9 @@ public:
 
     QString countText() const;
     QList<QCheckBox*> checkBoxes() const { return boxes_; }
+    // Per project, in the same order: the mute button and its "Muted until …" text.
+    QList<QToolButton*> muteButtons() const { return muteButtons_; }
+    QList<QLabel*> muteLabels() const { return muteLabels_; }
     QPushButton* allButton() const { return all_; }
     QPushButton* noneButton() const { return none_; }
     QToolButton* reloadButton() const { return reload_; }
@@ -39,5 +43,8 @@ private:
     QLabel* empty_ = nullptr;
     QWidget* list_ = nullptr;
     QList<QCheckBox*> boxes_;
+    QList<QToolButton*> muteButtons_;
+    QList<QLabel*> muteLabels_;
+    QList<QWidget*> rows_;
     QStringList builtKeys_;
 };

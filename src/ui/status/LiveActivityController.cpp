@@ -38,6 +38,9 @@ LiveActivityController::~LiveActivityController() {
 
 void LiveActivityController::observe(AppState& state) {
     QPointer<AppState> source(&state);
+    setAdmission([source](const ProjectSnapshot& snapshot) {
+        return !source || source->interrupts(snapshot);
+    });
     auto feed = [this, source] {
         if (source)
             update(source->snapshots(), source->liveActivity());
@@ -86,6 +89,9 @@ void LiveActivityController::render() {
     QList<ProjectSnapshot> candidates = active_;
     for (const Result& result : std::as_const(results_))
         candidates.append(result.snapshot);
+    // Held back rows are still followed above, so they show once admitted again.
+    if (admits_)
+        candidates.removeIf([this](const ProjectSnapshot& s) { return !admits_(s); });
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const auto& a, const auto& b) { return createdAt(a) > createdAt(b); });
     if (candidates.isEmpty()) {

@@ -24,6 +24,9 @@ public:
     // The tray icon's rectangle on screen, when it is known.
     using AnchorSource = std::function<std::optional<QRectF>()>;
     using UrlOpener = std::function<void(const QUrl&)>;
+    // Whether a project's deployment may show now (a muted project, a preview under "production
+    // only" … may not).
+    using Admission = std::function<bool(const ProjectSnapshot&)>;
 
     static constexpr std::chrono::seconds readyHold{5};
     static constexpr std::chrono::seconds errorHold{12};
@@ -36,9 +39,11 @@ public:
 
     void setAnchorSource(AnchorSource source) { anchor_ = std::move(source); }
     void setUrlOpener(UrlOpener opener) { openUrl_ = std::move(opener); }
+    // Every row passes through it when the capsule is drawn; by default every row shows.
+    void setAdmission(Admission admission) { admits_ = std::move(admission); }
 
-    // Follows the state's snapshots and its Live Activity preference; each change is handled
-    // from the event loop, after the change is complete.
+    // Follows the state's snapshots, its Live Activity preference and what it lets interrupt the
+    // user; each change is handled from the event loop, after the change is complete.
     void observe(AppState& state);
 
     // A new list of snapshots, or a change of the preference.
@@ -85,6 +90,7 @@ private:
     std::unique_ptr<LiveActivityWindow> window_;
     AnchorSource anchor_;
     UrlOpener openUrl_;
+    Admission admits_;
     QHash<QString, DeployStatus> lastStatus_;
     QList<ProjectSnapshot> active_;
     QList<Result> results_; // one per project, in the order they finished

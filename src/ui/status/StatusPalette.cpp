@@ -8,7 +8,6 @@ namespace {
 const QString successKey = QStringLiteral("colorSuccess");
 const QString queuedKey = QStringLiteral("colorQueued");
 const QString errorKey = QStringLiteral("colorError");
-const QString builtInErrorHex = QStringLiteral("#FF0074");
 
 QColor storedOr(const Preferences& preferences, const QString& key, const QString& fallback) {
     if (const std::optional<QString> text = preferences.string(key)) {
@@ -20,29 +19,35 @@ QColor storedOr(const Preferences& preferences, const QString& key, const QStrin
 
 } // namespace
 
-const QString StatusPalette::defaultSuccessHex = QStringLiteral("#0CF1E8");
-const QString StatusPalette::defaultQueuedHex = QStringLiteral("#C05BEC");
+const QString StatusPalette::defaultSuccessHex = PaletteDefaults::success();
+const QString StatusPalette::defaultQueuedHex = PaletteDefaults::queued();
 
 const QString& StatusPalette::defaultErrorHex() {
-    static const QString value = defaultErrorHexFrom(
-        qEnvironmentVariableIsSet("QUILLON_ERROR_COLOR")
-            ? std::optional<QString>(qEnvironmentVariable("QUILLON_ERROR_COLOR"))
-            : std::nullopt);
+    static const QString value = PaletteDefaults::error();
     return value;
 }
 
 QString StatusPalette::defaultErrorHexFrom(const std::optional<QString>& environmentValue) {
-    if (environmentValue && colorFromHex(*environmentValue))
-        return *environmentValue;
-    return builtInErrorHex;
+    return PaletteDefaults::errorFrom(environmentValue);
 }
 
 StatusPalette::StatusPalette(Preferences& preferences, QString defaultError, QObject* parent)
     : QObject(parent), preferences_(preferences), defaultError_(std::move(defaultError)) {
-    // Read straight into the members: loading never writes back.
+    readStored();
+}
+
+// Straight into the members: loading never writes back.
+void StatusPalette::readStored() {
     success_ = storedOr(preferences_, successKey, defaultSuccessHex);
     queued_ = storedOr(preferences_, queuedKey, defaultQueuedHex);
     error_ = storedOr(preferences_, errorKey, defaultError_);
+}
+
+void StatusPalette::reload() {
+    const QString before = signature();
+    readStored();
+    if (signature() != before)
+        Q_EMIT changed();
 }
 
 void StatusPalette::setSuccess(const QColor& color) {

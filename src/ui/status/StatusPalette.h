@@ -40,6 +40,8 @@ public:
     void setError(const QColor& color);
     // Back to the built-in colours, saved like any assignment.
     void reset();
+    // Reads the stored colours again (quillon-cli may have set them); changes nothing stored.
+    void reload();
 
     // The three texts equal the defaults exactly (an environment value in lower case or without
     // "#" never does, since the formatter writes "#RRGGBB").
@@ -62,6 +64,7 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void readStored();
     void assign(QColor& slot, const QColor& color);
     void save();
 

@@ -71,6 +71,7 @@ TEST(VercelDecoding, PagesKeepWhatWeReadAndIgnoreTheRest) {
     EXPECT_EQ(ready.buildingAt, 1732351201250.5);
     EXPECT_EQ(ready.ready, 1732351290000.0);
     EXPECT_EQ(ready.target, "production");
+    EXPECT_EQ(ready.creatorUid, "u_91"); // whose deployment it is; the rest of `creator` unread
     ASSERT_TRUE(ready.meta);
     // Only the git keys are kept; the others are never read.
     EXPECT_EQ(ready.meta->keys(),
@@ -83,6 +84,7 @@ TEST(VercelDecoding, PagesKeepWhatWeReadAndIgnoreTheRest) {
     EXPECT_FALSE(building.createdAt);
     EXPECT_EQ(building.created, 1732350000000.0);
     EXPECT_EQ(decoded->next, 1732349999999.0); // passed back as "until" for the next page
+    EXPECT_FALSE(building.creatorUid);
 
     const auto projects = decodeResponse<ProjectsResponse>(projectsBody);
     ASSERT_TRUE(projects);
@@ -108,6 +110,8 @@ TEST(VercelDecoding, AnyWrongKindMissingMemberOrBrokenJsonFailsTheBody) {
         edited(deploymentsBody, R"("next": 1732349999999)", R"("next": "1732349999999")"),
         edited(deploymentsBody, R"("pagination": {)", R"("pagination": [], "x": {)"),
         edited(deploymentsBody, R"("oomReport": null)", R"("readyStateReason": ["no seat"])"),
+        edited(deploymentsBody, R"({"uid": "u_91", )", R"({"uid": 91, )"),
+        edited(deploymentsBody, R"("oomReport": null)", R"("creator": "u_91")"),
         R"({"deployments": [{}, null]})",
         R"({"deployments": {"uid": "dpl_1"}})",
         R"({"Deployments": []})",
