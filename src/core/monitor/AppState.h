@@ -183,6 +183,8 @@ public:
     // only for the deployments created since and those still running.
     QCoro::Task<> refresh();
     QCoro::Task<> poll();
+    // Deployments the passes keep between them, over all scopes (tests, traffic measurement).
+    int keptDeployments() const;
     void startLoop();
     void rebuildDemoSnapshots();
     void notifyFailures(const QList<ProjectSnapshot>& snapshots);

@@ -169,6 +169,13 @@ QCoro::Task<> AppState::listScope(Scope scope, QSet<QString> projectIds) {
     publishProjects(std::move(refs));
 }
 
+int AppState::keptDeployments() const {
+    int kept = 0;
+    for (const ScopeMemory& memory : memories_)
+        kept += memory.size();
+    return kept;
+}
+
 void AppState::dropMemories() {
     memories_.clear();
     listedFor_.clear();

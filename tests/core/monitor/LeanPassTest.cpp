@@ -318,3 +318,61 @@ TEST_F(EngineFixture, CompleteReadingsComeWhenNeededAndAnIdlePassStaysSmallWhate
     ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing() && clock.pendingSleepers() == 1; }));
     EXPECT_TRUE(readsEverything());
 }
+
+// What the passes keep stays bounded: idle passes add nothing, and a burst of another project's
+// deployments adds at most the scope's newest. It goes with the token, and with a scope the
+// account no longer has.
+TEST_F(EngineFixture, WhatIsKeptIsBoundedAndGoesWithTheTokenAndTheScopes) {
+    SampleAccounts::fillLoopback(account, clock.now());
+    const QJsonArray teams = account.teams;
+    account.teams = QJsonArray();
+    AppState& s = connected();
+    const int personal = s.keptDeployments();
+    EXPECT_GT(personal, 0);
+
+    account.teams = teams;
+    QCoro::waitFor(s.connect("tok_secret_123"));
+    ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing() && clock.pendingSleepers() == 1; }));
+    s.setAllMonitored(true);
+    s.removeMonitored("p_status");
+    ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing(); }));
+    const int kept = s.keptDeployments();
+    EXPECT_GT(kept, personal);
+    const auto loopPasses = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            const qsizetype before = server.requests().size();
+            clock.advance(30s);
+            if (!waitUntil([&] {
+                    return server.requests().size() > before && !s.isRefreshing() &&
+                           clock.pendingSleepers() == 1;
+                }))
+                return false;
+        }
+        return true;
+    };
+    ASSERT_TRUE(loopPasses(8));
+    EXPECT_EQ(s.keptDeployments(), kept);
+
+    for (int i = 0; i < 300; ++i)
+        account.addDeployment(
+            "team_acme",
+            SampleAccounts::deployment(QStringLiteral("dpl_status_burst_%1").arg(i), "p_status",
+                                       "READY", clock.now().addMSecs(-300 * i)));
+    ASSERT_TRUE(loopPasses(1));
+    EXPECT_GT(s.keptDeployments(), kept);
+    EXPECT_LE(s.keptDeployments(), kept + ScopeMemory::kNewest);
+
+    s.removeToken();
+    EXPECT_EQ(s.keptDeployments(), 0);
+
+    account.teams = QJsonArray();
+    QCoro::waitFor(s.connect("tok_secret_123"));
+    ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing() && clock.pendingSleepers() == 1; }));
+    account.teams = teams;
+    QCoro::waitFor(s.connect("tok_secret_123"));
+    ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing() && clock.pendingSleepers() == 1; }));
+    account.teams = QJsonArray();
+    QCoro::waitFor(s.connect("tok_secret_123"));
+    ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing() && clock.pendingSleepers() == 1; }));
+    EXPECT_EQ(s.keptDeployments(), personal);
+}
