@@ -75,7 +75,10 @@ QCoro::Task<AppState::ScopeStep> AppState::refreshScope(VercelAPI client, Scope 
     const QSet<QString> unlisted = memory.replace(projects->projects, deployments->deployments,
                                                   focus, {sentAt, services_.clock.now()});
     memories_.insert(key, memory);
-    memory.feed(pass, scope.slug);
+    // The answers themselves, not what is kept of them: a complete reading stays the reference
+    // the kept window is held to.
+    pass.addProjects(projects->projects);
+    pass.addDeployments(scope.slug, deployments->deployments);
     noteUnlistedProjects(scope, unlisted, notes);
     noteScopeAnswered(key, &notes);
     co_return ScopeStep::next;
