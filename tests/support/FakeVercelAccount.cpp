@@ -31,8 +31,9 @@ double pageKey(const QJsonObject& item, const QString& path) {
     return item.value("createdAt").toDouble(item.value("created").toDouble());
 }
 
-// One page of `all` as Vercel serves it: newest first, older than "until", at most "limit" (20
-// when not given, 100 at most), and pagination.next set while older items remain.
+// One page of `all` as Vercel serves it: newest first, created after "since" and before
+// "until", of the project "projectId" when asked, at most "limit" (20 when not given, 100 at
+// most), and pagination.next set while older items remain.
 QJsonObject page(const QString& key, const QString& path, QJsonArray all, const Request& request) {
     QList<QJsonObject> items;
     for (const QJsonValue& item : all)
@@ -45,6 +46,14 @@ QJsonObject page(const QString& key, const QString& path, QJsonArray all, const 
         const double bound = until.toDouble();
         items.removeIf([&](const QJsonObject& item) { return pageKey(item, path) >= bound; });
     }
+    const QString since = queryValue(request, QLatin1StringView("since"));
+    if (!since.isEmpty()) {
+        const double bound = since.toDouble();
+        items.removeIf([&](const QJsonObject& item) { return pageKey(item, path) <= bound; });
+    }
+    const QString project = queryValue(request, QLatin1StringView("projectId"));
+    if (!project.isEmpty())
+        items.removeIf([&](const QJsonObject& item) { return item.value("projectId") != project; });
     const QString limitText = queryValue(request, QLatin1StringView("limit"));
     const int limit = std::clamp(limitText.isEmpty() ? 20 : limitText.toInt(), 1, 100);
     QJsonArray kept;
@@ -55,6 +64,19 @@ QJsonObject page(const QString& key, const QString& path, QJsonArray all, const 
     return {{key, kept},
             {"pagination",
              QJsonObject{{"count", kept.size()}, {"next", next}, {"prev", QJsonValue()}}}};
+}
+
+// The newest `count` of `given` and `more`, as /v9/projects lists a project's deployments.
+QJsonArray newestOf(const QJsonArray& given, QList<QJsonObject> more, int count) {
+    for (const QJsonValue& item : given)
+        more.append(item.toObject());
+    std::stable_sort(more.begin(), more.end(), [](const QJsonObject& a, const QJsonObject& b) {
+        return a.value("createdAt").toDouble() > b.value("createdAt").toDouble();
+    });
+    QJsonArray newest;
+    for (int i = 0; i < std::min<int>(count, more.size()); ++i)
+        newest.append(more.at(i));
+    return newest;
 }
 
 } // namespace
@@ -141,7 +163,7 @@ Response FakeVercelAccount::listAnswer(const QString& path, const Request& reque
         return Response::json(body({{"token", token}}));
     const QString scope = teamOf(request);
     if (path == "/v9/projects")
-        return Response::chunkedJson(body(page("projects", path, projects.value(scope), request)),
+        return Response::chunkedJson(body(page("projects", path, listedProjects(scope), request)),
                                      512);
     if (path == "/v6/deployments")
         return Response::json(body(page("deployments", path, deployments.value(scope), request)));
@@ -189,6 +211,65 @@ void FakeVercelAccount::addDeployment(const QString& scope, const QJsonObject& d
     QJsonArray list = deployments.value(scope);
     list.append(deployment);
     deployments.insert(scope, list);
+}
+
+QJsonArray FakeVercelAccount::listedProjects(const QString& scope) const {
+    QJsonArray listed = projects.value(scope);
+    if (latestPerProject <= 0)
+        return listed;
+    QHash<QString, QList<QJsonObject>> byProject;
+    for (const QJsonValue& deployment : deployments.value(scope)) {
+        const QJsonObject object = deployment.toObject();
+        byProject[object.value("projectId").toString()].append(object);
+    }
+    for (QJsonValueRef value : listed) {
+        QJsonObject project = value.toObject();
+        const QString id = project.value("id").toString();
+        const QJsonArray latest = newestOf(project.value("latestDeployments").toArray(),
+                                           byProject.value(id), latestPerProject);
+        project.remove("latestDeployments");
+        if (!latest.isEmpty())
+            project.insert("latestDeployments", latest);
+        value = project;
+    }
+    return listed;
+}
+
+void FakeVercelAccount::updateDeployment(const QString& scope, const QString& id,
+                                         const std::function<void(QJsonObject&)>& change) {
+    QJsonArray list = deployments.value(scope);
+    for (QJsonValueRef value : list) {
+        QJsonObject deployment = value.toObject();
+        if (deployment.value("uid") != id)
+            continue;
+        change(deployment);
+        value = deployment;
+    }
+    deployments.insert(scope, list);
+}
+
+void FakeVercelAccount::removeDeployment(const QString& scope, const QString& id) {
+    QJsonArray list = deployments.value(scope);
+    for (qsizetype i = list.size() - 1; i >= 0; --i) {
+        if (list.at(i).toObject().value("uid") == id)
+            list.removeAt(i);
+    }
+    deployments.insert(scope, list);
+}
+
+void FakeVercelAccount::removeProject(const QString& scope, const QString& id) {
+    QJsonArray list = projects.value(scope);
+    for (qsizetype i = list.size() - 1; i >= 0; --i) {
+        if (list.at(i).toObject().value("id") == id)
+            list.removeAt(i);
+    }
+    projects.insert(scope, list);
+    QJsonArray kept;
+    for (const QJsonValue& deployment : deployments.value(scope)) {
+        if (deployment.toObject().value("projectId") != id)
+            kept.append(deployment);
+    }
+    deployments.insert(scope, kept);
 }
 
 int FakeVercelAccount::requestCount(const QString& path) const {

@@ -15,8 +15,8 @@
 //
 // As untidy as a real account: lists come in pages ("limit", 20 when not given, at most 100;
 // "until" and pagination.next), newest first (projects by `updatedAt`, deployments by
-// `createdAt`, teams by `createdAt`); a team may require a SAML sign-in; and a rate limit may
-// hold every request to so many a minute.
+// `createdAt`, teams by `createdAt`); deployments can be asked for by "since" and "projectId";
+// a team may require a SAML sign-in; and a rate limit may hold every request to so many a minute.
 class FakeVercelAccount {
 public:
     explicit FakeVercelAccount(LoopbackHttpServer& server);
@@ -42,6 +42,9 @@ public:
     std::optional<RateLimit> rateLimit;
     // Teams whose every request answers 403 with Vercel's SAML body.
     QSet<QString> samlTeams;
+    // When above 0, each project lists as its latestDeployments the newest so many of the
+    // deployments given to addProject and of its scope's, as Vercel does; otherwise those given.
+    int latestPerProject = 0;
 
     void addTeam(const QString& id, const QString& slug);
     // A team that requires a SAML sign-in: listed as `limited`, and closed to every request.
@@ -50,6 +53,12 @@ public:
     void addProject(const QString& scope, const QString& id, const QString& name,
                     const QJsonArray& latest = {});
     void addDeployment(const QString& scope, const QJsonObject& deployment);
+    // Changes the deployment with this uid in place.
+    void updateDeployment(const QString& scope, const QString& id,
+                          const std::function<void(QJsonObject&)>& change);
+    void removeDeployment(const QString& scope, const QString& id);
+    // The project goes, and its deployments with it, as on Vercel.
+    void removeProject(const QString& scope, const QString& id);
 
     int requestCount(const QString& path) const;
     // Requests answered 429 so far.
@@ -68,6 +77,7 @@ private:
     LoopbackHttpServer::Response listAnswer(const QString& path,
                                             const LoopbackHttpServer::Request& request);
     LoopbackHttpServer::Response eventsAnswer(const QString& path);
+    QJsonArray listedProjects(const QString& scope) const;
     // Counts the request against the rate limit: the 429 when over it, and the headers to add.
     std::optional<LoopbackHttpServer::Response> pace(QList<LoopbackHttpServer::Header>& headers);
     LoopbackHttpServer& server_;

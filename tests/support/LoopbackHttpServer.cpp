@@ -269,11 +269,15 @@ void LoopbackHttpServer::serve(Connection& connection) {
             return;
         }
         requests_.append(request);
-        answer(connection, request);
+        const qsizetype index = requests_.size() - 1;
+        const qint64 sent = answer(connection, request);
+        // The handler may have cleared the record.
+        if (index < requests_.size())
+            requests_[index].answeredBytes = sent;
     }
 }
 
-void LoopbackHttpServer::answer(Connection& connection, const Request& request) {
+qint64 LoopbackHttpServer::answer(Connection& connection, const Request& request) {
     // A copy: the handler may replace its own route while it runs.
     const Handler handler = routes_.value(request.path, fallback_);
     const Response response = handler(request);
@@ -292,15 +296,16 @@ void LoopbackHttpServer::answer(Connection& connection, const Request& request) 
     case Response::Delivery::cutMidBody:
         socket->write(head(response, length) + response.body.left(response.body.size() / 2));
         socket->disconnectFromHost();
-        return;
+        return response.body.size() / 2;
     case Response::Delivery::resetMidBody:
         socket->write(head(response, length) + response.body.left(response.body.size() / 2));
         reset(*socket);
-        return;
+        return response.body.size() / 2;
     case Response::Delivery::never:
         connection.silenced = true;
-        return;
+        return 0;
     }
     if (wantsClose(request))
         socket->disconnectFromHost();
+    return response.body.size();
 }

@@ -36,6 +36,9 @@ public:
         bool hasQuery = false; // a "?" was sent, even with nothing after it
         QList<Header> headers; // in the order received, names as the client wrote them
         QByteArray body;
+        // The length of the body it was answered with (what a client reads, headers aside);
+        // 0 until answered.
+        qint64 answeredBytes = 0;
 
         // Every value of a header, its name compared without case.
         QList<QByteArray> headerValues(QByteArrayView name) const;
@@ -98,7 +101,8 @@ private:
     struct Connection;
     void accept();
     void serve(Connection& connection);
-    void answer(Connection& connection, const Request& request);
+    // Answers the bytes of body sent.
+    qint64 answer(Connection& connection, const Request& request);
 
     QTcpServer* server_;
     quint16 port_ = 0;

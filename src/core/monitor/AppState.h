@@ -10,6 +10,7 @@
 #include "core/monitor/NotificationPolicy.h"
 #include "core/monitor/PlatformServices.h"
 #include "core/monitor/ProjectMute.h"
+#include "core/monitor/ScopeMemory.h"
 #include "core/monitor/ScopeProblem.h"
 #include "core/vercel/ProjectRef.h"
 #include "core/vercel/ProjectSnapshot.h"
@@ -71,6 +72,9 @@ public:
         std::chrono::milliseconds requestTimeout{20000};
         // Ends a wait between account checks early when the network comes up; optional.
         NetworkWatch* network = nullptr;
+        // How often the polling loop reads each scope in full; between, its passes ask only for
+        // what can have changed. Zero reads in full at every pass.
+        std::chrono::milliseconds completeReadingEvery{std::chrono::minutes(10)};
     };
 
     explicit AppState(Services services, QObject* parent = nullptr);
@@ -173,8 +177,14 @@ public:
     void removeToken();
     QCoro::Task<> loadProjects();
 
-    // Refresh cycle.
+    // Refresh cycle. `refresh` reads every scope in full: today's complete reading. `poll`, the
+    // polling loop's pass, reads a scope in full when its kept reading is missing, made for
+    // other monitored projects or older than Services::completeReadingEvery, and otherwise asks
+    // only for the deployments created since and those still running.
     QCoro::Task<> refresh();
+    QCoro::Task<> poll();
+    // Deployments the passes keep between them, over all scopes (tests, traffic measurement).
+    int keptDeployments() const;
     void startLoop();
     void rebuildDemoSnapshots();
     void notifyFailures(const QList<ProjectSnapshot>& snapshots);
@@ -244,18 +254,29 @@ private:
     struct PassNotes {
         std::optional<QDateTime> heldUntil; // Vercel asked to wait until then
         bool relist = false;                // a scope missing from the project list answered
+        // Scopes with deployments of projects not listed yet, and those projects.
+        QList<Scope> toList;
+        QSet<QString> unlistedProjects;
     };
-    QCoro::Task<ScopeStep> refreshScope(VercelAPI client, Scope scope, PassAccumulator& pass,
-                                        PassNotes& notes);
+    QCoro::Task<> runPass(bool complete);
+    ScopeMemory::Focus focusOf(const Scope& scope, const QSet<QString>& monitored,
+                               const QDateTime& startOfDay) const;
+    bool needsCompleteReading(const QString& key, const ScopeMemory::Focus& focus) const;
+    QCoro::Task<ScopeStep> refreshScope(VercelAPI client, Scope scope, ScopeMemory::Focus focus,
+                                        PassAccumulator& pass, PassNotes& notes);
+    QCoro::Task<ScopeStep> readChanges(VercelAPI client, Scope scope, ScopeMemory::Focus focus,
+                                       PassAccumulator& pass, PassNotes& notes);
     ScopeStep failScope(const RequestError& error, const Scope& scope, PassNotes& notes);
-    void useLastAnswer(const Scope& scope, PassAccumulator& pass, bool projectsToo) const;
-    void finishPass(PassAccumulator& pass, const PassNotes& notes, int requests);
+    void noteUnlistedProjects(const Scope& scope, const QSet<QString>& ids, PassNotes& notes) const;
+    void finishPass(PassAccumulator& pass, const PassNotes& notes, int requests,
+                    const QSet<QString>& monitored);
+    // Lists one scope's projects again, for deployments of projects it did not list before.
+    QCoro::Task<> listScope(Scope scope, QSet<QString> projectIds);
+    void dropMemories();
     bool isLeftAlone(const QString& key) const;
     void setScopeProblem(const QString& key, std::optional<ScopeProblem> problem);
     void noteScopeAnswered(const QString& key, PassNotes* notes);
     void setSlowedDown(bool slowed);
-    // The monitored projects of `scope`, which a pass reads project pages until it has seen.
-    QSet<QString> monitoredIn(const Scope& scope) const;
     void startDemo();
     std::chrono::milliseconds pauseAfterPass();
     static QCoro::Task<> runDemoTicks(QPointer<AppState> self, std::shared_ptr<Cancellation> token);
@@ -294,13 +315,12 @@ private:
     quint64 generation_ = 0;
     quint64 checks_ = 0; // account checks started, so only the newest one publishes
     QList<Scope> scopes_;
-    // What each scope last answered, by scopeKey: a scope whose request fails in a pass
-    // contributes these instead, so a passing failure does not blank its projects.
-    struct ScopeAnswer {
-        QList<VercelProject> projects;
-        QList<VercelDeployment> deployments;
-    };
-    QHash<QString, ScopeAnswer> lastAnswers_;
+    // What each scope's passes keep between them, by scopeKey: what lets a pass ask only for
+    // changes, and what a scope whose request fails contributes instead, so a passing failure
+    // does not blank its projects. Dropped with the token or the scopes.
+    QHash<QString, ScopeMemory> memories_;
+    quint64 memoryEpoch_ = 0; // bumped when they are dropped, so a pass under way keeps out
+    QSet<QString> listedFor_; // projects whose deployments made a scope be listed again
     QHash<QString, QString> scopeNames_;         // by scopeKey, for sentences
     QHash<QString, ScopeProblem> scopeProblems_; // by scopeKey
     QSet<QString> unlistedScopes_; // scopes whose projects the last listing could not read

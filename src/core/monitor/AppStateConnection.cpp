@@ -86,7 +86,7 @@ void AppState::adoptScopes(const VercelUser& user, const std::optional<QList<Ver
     const QList<VercelTeam> known = teams.value_or(QList<VercelTeam>());
     scopes_ = scopesFor(user, known);
     teamsMissing_ = !teams;
-    lastAnswers_.clear();
+    dropMemories();
     unlistedScopes_.clear();
     scopeNames_.clear();
     scopeProblems_.clear();
@@ -222,7 +222,7 @@ void AppState::removeToken() {
     setRefreshing(false);
     api_.reset();
     scopes_.clear();
-    lastAnswers_.clear();
+    dropMemories();
     scopeProblems_.clear();
     unlistedScopes_.clear();
     slowedDown_ = false;

@@ -10,26 +10,45 @@
 using namespace std::chrono_literals;
 
 QCoro::Task<> AppState::refresh() {
+    co_await runPass(true);
+}
+
+QCoro::Task<> AppState::runPass(bool complete) {
     if (!api_ || isRefreshing_ || !connection_.isConnected())
         co_return;
     QPointer<AppState> self(this);
     setRefreshing(true);
+    const quint64 generation = generation_;
     const VercelAPI client = *api_;
     const QList<Scope> scopes = scopes_;
     const int sentBefore = client.pacer() ? client.pacer()->sent() : 0;
+    const QSet<QString> monitored = effectiveMonitoredIDs();
+    const QDateTime startOfDay = localStartOfDay(services_.clock.now());
     PassAccumulator pass(availableProjects_);
     PassNotes notes;
     for (const Scope& scope : scopes) {
-        const ScopeStep step = co_await refreshScope(client, scope, pass, notes);
-        if (!self || step != ScopeStep::next)
+        const ScopeMemory::Focus focus = focusOf(scope, monitored, startOfDay);
+        ScopeStep step = ScopeStep::next;
+        if (complete || needsCompleteReading(scopeKey(scope), focus))
+            step = co_await refreshScope(client, scope, focus, pass, notes);
+        else
+            step = co_await readChanges(client, scope, focus, pass, notes);
+        if (!self || step == ScopeStep::ended)
             co_return;
+        if (step == ScopeStep::abandoned) {
+            // Gone with the token (which ended the pass), or the kept readings were dropped.
+            if (self->generation_ == generation)
+                self->setRefreshing(false);
+            co_return;
+        }
     }
-    finishPass(pass, notes, client.pacer() ? client.pacer()->sent() - sentBefore : 0);
+    finishPass(pass, notes, client.pacer() ? client.pacer()->sent() - sentBefore : 0, monitored);
 }
 
-void AppState::finishPass(PassAccumulator& pass, const PassNotes& notes, int requests) {
-    PassAccumulator::Result result = pass.finish(effectiveMonitoredIDs(), countProductionOnly_,
-                                                 localStartOfDay(services_.clock.now()));
+void AppState::finishPass(PassAccumulator& pass, const PassNotes& notes, int requests,
+                          const QSet<QString>& monitored) {
+    PassAccumulator::Result result =
+        pass.finish(monitored, countProductionOnly_, localStartOfDay(services_.clock.now()));
     notifyFailures(result.snapshots);
     hasLoadedOnce_ = true;
     lastPassRequests_ = requests;
@@ -39,8 +58,15 @@ void AppState::finishPass(PassAccumulator& pass, const PassNotes& notes, int req
         setLastError(std::nullopt);
     setRefreshing(false);
     // A team whose projects were missing from the list answered: they can be listed now.
-    if (notes.relist)
+    if (notes.relist) {
         loadProjects();
+        return;
+    }
+    for (const Scope& scope : notes.toList)
+        listScope(scope, notes.unlistedProjects);
+    // The monitored projects changed while the pass ran, and its request for a pass was dropped.
+    if (notes.toList.isEmpty() && effectiveMonitoredIDs() != monitored)
+        refresh();
 }
 
 // Eight seconds while anything builds, else the interval but at least ten; longer when Vercel
@@ -89,7 +115,7 @@ QCoro::Task<> AppState::passFinished(std::shared_ptr<Cancellation> token) {
 
 QCoro::Task<> AppState::runLoop(QPointer<AppState> self, std::shared_ptr<Cancellation> token) {
     while (self && !token->isCancelled()) {
-        co_await self->refresh();
+        co_await self->poll();
         if (self)
             co_await self->passFinished(token);
         if (!self || token->isCancelled())

@@ -29,37 +29,35 @@ QString timeText(const QDateTime& at) {
 
 } // namespace
 
-QSet<QString> AppState::monitoredIn(const Scope& scope) const {
-    const QSet<QString> monitored = effectiveMonitoredIDs();
-    QSet<QString> ids;
-    for (const ProjectRef& ref : availableProjects_) {
-        if (ref.teamId == scope.teamId && ref.scopeSlug == scope.slug && monitored.contains(ref.id))
-            ids.insert(ref.id);
-    }
-    return ids;
-}
-
+// A complete reading of one scope: its projects (with their latest deployments) and its
+// deployments back to local midnight.
 QCoro::Task<AppState::ScopeStep> AppState::refreshScope(VercelAPI client, Scope scope,
+                                                        ScopeMemory::Focus focus,
                                                         PassAccumulator& pass, PassNotes& notes) {
     QPointer<AppState> self(this);
     const quint64 generation = generation_;
-    auto abandoned = [&] { return !self || self->generation_ != generation; };
+    const quint64 epoch = memoryEpoch_;
+    auto abandoned = [&] {
+        return !self || self->generation_ != generation || self->memoryEpoch_ != epoch;
+    };
     const QString key = scopeKey(scope);
+    // What the scope answered last stands in for what it cannot answer now, so a passing
+    // failure does not blank its projects.
+    ScopeMemory memory = memories_.value(key);
     if (isLeftAlone(key)) {
-        useLastAnswer(scope, pass, true);
+        memory.feed(pass, scope.slug);
         co_return ScopeStep::next;
     }
+    const QDateTime sentAt = services_.clock.now();
     const VercelAPI::Query query = VercelAPI::withTeam(scope.teamId, limit100);
     const auto projects = co_await getPages<ProjectsResponse>(
-        client, QStringLiteral("/v9/projects"), query, findsAll(monitoredIn(scope)));
+        client, QStringLiteral("/v9/projects"), query, findsAll(focus.monitored));
     if (abandoned())
         co_return ScopeStep::abandoned;
     if (!projects) {
-        useLastAnswer(scope, pass, true);
+        memory.feed(pass, scope.slug);
         co_return failScope(projects.error(), scope, notes);
     }
-    lastAnswers_[key].projects = projects->projects;
-    pass.addProjects(projects->projects);
 
     // Back to local midnight for today's count; the first page alone holds what the latest
     // deployments and the medians need.
@@ -69,22 +67,21 @@ QCoro::Task<AppState::ScopeStep> AppState::refreshScope(VercelAPI client, Scope 
     if (abandoned())
         co_return ScopeStep::abandoned;
     if (!deployments) {
-        useLastAnswer(scope, pass, false);
+        memory.replaceLatest(projects->projects, focus);
+        memories_.insert(key, memory);
+        memory.feed(pass, scope.slug);
         co_return failScope(deployments.error(), scope, notes);
     }
-    lastAnswers_[key].deployments = deployments->deployments;
+    const QSet<QString> unlisted = memory.replace(projects->projects, deployments->deployments,
+                                                  focus, {sentAt, services_.clock.now()});
+    memories_.insert(key, memory);
+    // The answers themselves, not what is kept of them: a complete reading stays the reference
+    // the kept window is held to.
+    pass.addProjects(projects->projects);
     pass.addDeployments(scope.slug, deployments->deployments);
+    noteUnlistedProjects(scope, unlisted, notes);
     noteScopeAnswered(key, &notes);
     co_return ScopeStep::next;
-}
-
-// What the scope answered last stands in for what it could not answer now, so a passing failure
-// does not blank its projects.
-void AppState::useLastAnswer(const Scope& scope, PassAccumulator& pass, bool projectsToo) const {
-    const ScopeAnswer last = lastAnswers_.value(scopeKey(scope));
-    if (projectsToo)
-        pass.addProjects(last.projects);
-    pass.addDeployments(scope.slug, last.deployments);
 }
 
 AppState::ScopeStep AppState::failScope(const RequestError& error, const Scope& scope,
@@ -93,6 +90,7 @@ AppState::ScopeStep AppState::failScope(const RequestError& error, const Scope& 
     if (error.isUnauthorized()) {
         setConnection(Connection::failed(error.message()));
         cancelLoop();
+        dropMemories();
         setRefreshing(false);
         return ScopeStep::ended;
     }

@@ -4,7 +4,7 @@
 using Response = LoopbackHttpServer::Response;
 using namespace std::chrono_literals;
 
-TEST_F(EngineFixture, OnePassMakesTwoRequestsPerScopeAndBuildsSnapshots) {
+TEST_F(EngineFixture, ACompletePassMakesTwoRequestsPerScopeAndBuildsSnapshots) {
     account.addTeam("team_a", "acme");
     account.addProject("", "p_web", "web", {deployment("dpl_old", "p_web", "READY", -300, -299)});
     account.addProject("team_a", "p_api", "api");
@@ -15,8 +15,8 @@ TEST_F(EngineFixture, OnePassMakesTwoRequestsPerScopeAndBuildsSnapshots) {
     AppState& s = connected();
 
     server.clearRequests();
-    s.startLoop(); // a fresh loop runs one pass at once
-    ASSERT_TRUE(waitUntil([&] { return server.requests().size() == 4 && !s.isRefreshing(); }));
+    QCoro::waitFor(s.refresh());
+    ASSERT_EQ(server.requests().size(), 4);
     QStringList paths;
     for (const auto& request : server.requests())
         paths << request.path + "?" + QString::fromLatin1(request.rawQuery);
@@ -77,7 +77,7 @@ TEST_F(EngineFixture, APassingFailureShowsDuringThePassAndARejectedTokenEndsTheL
     QObject::connect(&s, &AppState::lastErrorChanged,
                      [&] { errorsSeen << s.lastError().value_or("<none>"); });
     const int deploymentRequests = account.requestCount("/v6/deployments");
-    nextPass();
+    QCoro::waitFor(s.refresh());
     EXPECT_EQ(errorsSeen, QStringList({"Vercel rate limit reached, retrying soon.", "<none>"}));
     ASSERT_EQ(s.snapshots().size(), 2);
     // A scope whose project list failed asks nothing more in that pass.

@@ -127,7 +127,7 @@ TEST_F(EngineFixture, EveryProjectIsListedAndFoundAndTodayCountsEveryPageSinceMi
     s.addMonitored("p_250");
     ASSERT_TRUE(waitUntil([&] { return s.snapshots().size() == 1 && !s.isRefreshing(); }));
     server.clearRequests();
-    nextPass();
+    QCoro::waitFor(s.refresh());
     ASSERT_EQ(s.snapshots().size(), 1);
     EXPECT_EQ(s.snapshots()[0].latest->deploymentID(), "today_0");
     EXPECT_EQ(s.todayCount(), 130);
