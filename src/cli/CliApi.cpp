@@ -63,6 +63,18 @@ void printUsage(const CliCommand& command) {
     cliOut() << "Usage: quillon-cli " << command.usage << "\n\n" << command.summary << '\n';
 }
 
+std::optional<int> answerWithoutArguments(const QStringList& args, const CliCommand& command) {
+    if (args == QStringList{QStringLiteral("--help")}) {
+        printUsage(command);
+        return 0;
+    }
+    if (args.isEmpty())
+        return std::nullopt;
+    cliErr() << "quillon-cli " << command.name << ": unexpected argument '" << args.first()
+             << "'\n";
+    return kExitUsage;
+}
+
 QStringList alignedLines(const QList<QStringList>& rows) {
     QList<qsizetype> widths;
     for (const QStringList& row : rows) {

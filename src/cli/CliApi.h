@@ -36,6 +36,9 @@ int reportFailure(const RequestError& error);
 
 // Prints the command's usage on standard output.
 void printUsage(const CliCommand& command);
+// For a command that takes no arguments: prints its usage for --help (0) or refuses anything else
+// (kExitUsage). Absent when there are none and the command runs.
+std::optional<int> answerWithoutArguments(const QStringList& args, const CliCommand& command);
 
 // Every column but the last padded to its widest cell, two spaces between columns.
 QStringList alignedLines(const QList<QStringList>& rows);

@@ -110,13 +110,12 @@ QCoro::Task<int> runMute(QStringList args) {
     const std::optional<MuteRequest> request = parseMute(args);
     if (!request)
         co_return kExitUsage;
-    const std::optional<QUrl> base = apiBaseFromEnvironment();
-    if (!base)
+    const std::unique_ptr<CliEngine> engine = CliEngine::fromEnvironment();
+    if (!engine)
         co_return kExitUsage;
-    CliEngine engine(*base);
-    AppState& state = engine.state;
+    AppState& state = engine->state;
     // The account's projects, whatever QUILLON_DEMO says: the demo's are not kept.
-    if (const int code = co_await startEngine(state, engine.platform.keychain, false); code != 0)
+    if (const int code = co_await startEngine(state, engine->platform.keychain, false); code != 0)
         co_return code;
     const std::optional<ProjectRef> project = findProject(state, request->project);
     if (!project)
@@ -144,11 +143,10 @@ QCoro::Task<int> runUnmute(QStringList args) {
                  << '\n';
         co_return kExitUsage;
     }
-    const std::optional<QUrl> base = apiBaseFromEnvironment();
-    if (!base)
+    const std::unique_ptr<CliEngine> engine = CliEngine::fromEnvironment();
+    if (!engine)
         co_return kExitUsage;
-    CliEngine engine(*base);
-    AppState& state = engine.state;
+    AppState& state = engine->state;
     const QString wanted = args.first();
     QStringList ids;
     for (auto it = state.mutes().begin(); it != state.mutes().end(); ++it) {
@@ -177,19 +175,12 @@ QCoro::Task<int> runUnmute(QStringList args) {
 }
 
 QCoro::Task<int> runMutes(QStringList args) {
-    if (args == QStringList{QStringLiteral("--help")}) {
-        printUsage(mutesCommand());
-        co_return 0;
-    }
-    if (!args.isEmpty()) {
-        cliErr() << "quillon-cli mutes: unexpected argument '" << args.first() << "'\n";
+    if (const std::optional<int> answered = answerWithoutArguments(args, mutesCommand()))
+        co_return *answered;
+    const std::unique_ptr<CliEngine> engine = CliEngine::fromEnvironment();
+    if (!engine)
         co_return kExitUsage;
-    }
-    const std::optional<QUrl> base = apiBaseFromEnvironment();
-    if (!base)
-        co_return kExitUsage;
-    CliEngine engine(*base);
-    const AppState& state = engine.state;
+    const AppState& state = engine->state;
     const QDateTime now = state.clock().now();
     QList<std::pair<QString, ProjectMute>> active;
     for (auto it = state.mutes().begin(); it != state.mutes().end(); ++it) {

@@ -10,20 +10,13 @@ namespace {
 CliCommand projectsCommand();
 
 QCoro::Task<int> runProjects(QStringList args) {
-    if (args == QStringList{QStringLiteral("--help")}) {
-        printUsage(projectsCommand());
-        co_return 0;
-    }
-    if (!args.isEmpty()) {
-        cliErr() << "quillon-cli projects: unexpected argument '" << args.first() << "'\n";
+    if (const std::optional<int> answered = answerWithoutArguments(args, projectsCommand()))
+        co_return *answered;
+    const std::unique_ptr<CliEngine> engine = CliEngine::fromEnvironment();
+    if (!engine)
         co_return kExitUsage;
-    }
-    const std::optional<QUrl> base = apiBaseFromEnvironment();
-    if (!base)
-        co_return kExitUsage;
-    CliEngine engine(*base);
-    AppState& state = engine.state;
-    if (const int code = co_await startEngine(state, engine.platform.keychain); code != 0)
+    AppState& state = engine->state;
+    if (const int code = co_await startEngine(state, engine->platform.keychain); code != 0)
         co_return code;
     // "x" marks the monitored ones.
     const QSet<QString> monitored = state.effectiveMonitoredIDs();

@@ -38,12 +38,11 @@ QCoro::Task<int> runReport(QStringList args) {
         cliErr() << "quillon-cli report: name one project (see 'quillon-cli report --help')\n";
         co_return kExitUsage;
     }
-    const std::optional<QUrl> base = apiBaseFromEnvironment();
-    if (!base)
+    const std::unique_ptr<CliEngine> engine = CliEngine::fromEnvironment();
+    if (!engine)
         co_return kExitUsage;
-    CliEngine engine(*base);
-    AppState& state = engine.state;
-    if (const int code = co_await startEngine(state, engine.platform.keychain); code != 0)
+    AppState& state = engine->state;
+    if (const int code = co_await startEngine(state, engine->platform.keychain); code != 0)
         co_return code;
 
     const QString wanted = args.first();

@@ -7,14 +7,8 @@ namespace {
 CliCommand userCommand();
 
 QCoro::Task<int> runUser(QStringList args) {
-    if (args == QStringList{QStringLiteral("--help")}) {
-        printUsage(userCommand());
-        co_return 0;
-    }
-    if (!args.isEmpty()) {
-        cliErr() << "quillon-cli user: unexpected argument '" << args.first() << "'\n";
-        co_return kExitUsage;
-    }
+    if (const std::optional<int> answered = answerWithoutArguments(args, userCommand()))
+        co_return *answered;
     const std::optional<VercelAPI> api = apiFromEnvironment();
     if (!api)
         co_return kExitUsage;

@@ -98,19 +98,12 @@ QCoro::Task<int> runWatch(QStringList args) {
     const bool once = args.removeAll(QStringLiteral("--once")) > 0;
     const auto format = args.removeAll(QStringLiteral("--json")) > 0 ? WatchSession::Format::json
                                                                      : WatchSession::Format::text;
-    if (args == QStringList{QStringLiteral("--help")}) {
-        printUsage(watchCommand());
-        co_return 0;
-    }
-    if (!args.isEmpty()) {
-        cliErr() << "quillon-cli watch: unexpected argument '" << args.first() << "'\n";
+    if (const std::optional<int> answered = answerWithoutArguments(args, watchCommand()))
+        co_return *answered;
+    const std::unique_ptr<CliEngine> engine = CliEngine::fromEnvironment();
+    if (!engine)
         co_return kExitUsage;
-    }
-    const std::optional<QUrl> base = apiBaseFromEnvironment();
-    if (!base)
-        co_return kExitUsage;
-    CliEngine engine(*base);
-    AppState& state = engine.state;
+    AppState& state = engine->state;
     // Mutes and switches changed meanwhile (quillon-cli mute, set) hold from the next pass.
     PreferenceFileWatch preferences(Preferences::standard().filePath());
     QObject::connect(&preferences, &PreferenceFileWatch::changed, &state,
@@ -130,7 +123,7 @@ QCoro::Task<int> runWatch(QStringList args) {
     } else {
         session.emplace(state, once, format);
         const std::optional<QString> token =
-            tokenFromEnvironmentOrKeyring(engine.platform.keychain);
+            tokenFromEnvironmentOrKeyring(engine->platform.keychain);
         if (!token)
             co_return kExitUsage;
         state.connect(*token);
