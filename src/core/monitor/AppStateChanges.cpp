@@ -93,10 +93,6 @@ QCoro::Task<AppState::ScopeStep> AppState::readChanges(VercelAPI client, Scope s
     };
     const QString key = scopeKey(scope);
     ScopeMemory memory = memories_.value(key);
-    if (isLeftAlone(key)) {
-        memory.feed(pass, scope.slug);
-        co_return ScopeStep::next;
-    }
     const QDateTime sentAt = services_.clock.now();
     const qint64 since = memory.since();
     const auto created = co_await getPages<DeploymentsResponse>(

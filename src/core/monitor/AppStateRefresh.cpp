@@ -28,8 +28,12 @@ QCoro::Task<> AppState::runPass(bool complete) {
     PassNotes notes;
     for (const Scope& scope : scopes) {
         const ScopeMemory::Focus focus = focusOf(scope, monitored, startOfDay);
+        const QString key = scopeKey(scope);
         ScopeStep step = ScopeStep::next;
-        if (complete || needsCompleteReading(scopeKey(scope), focus))
+        // A scope left alone for now (a closed team) shows what it answered last.
+        if (isLeftAlone(key))
+            memories_.value(key).feed(pass, scope.slug);
+        else if (complete || needsCompleteReading(key, focus))
             step = co_await refreshScope(client, scope, focus, pass, notes);
         else
             step = co_await readChanges(client, scope, focus, pass, notes);

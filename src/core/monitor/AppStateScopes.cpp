@@ -44,10 +44,6 @@ QCoro::Task<AppState::ScopeStep> AppState::refreshScope(VercelAPI client, Scope 
     // What the scope answered last stands in for what it cannot answer now, so a passing
     // failure does not blank its projects.
     ScopeMemory memory = memories_.value(key);
-    if (isLeftAlone(key)) {
-        memory.feed(pass, scope.slug);
-        co_return ScopeStep::next;
-    }
     const QDateTime sentAt = services_.clock.now();
     const VercelAPI::Query query = VercelAPI::withTeam(scope.teamId, limit100);
     const auto projects = co_await getPages<ProjectsResponse>(

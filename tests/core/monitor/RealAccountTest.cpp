@@ -69,6 +69,9 @@ TEST_F(EngineFixture, ATeamThatWantsSamlIsExplainedWhileTheOtherScopesGoOn) {
     const int asked = requestsFor(server, "team_open");
     nextPass();
     EXPECT_EQ(requestsFor(server, "team_open"), asked);
+    ASSERT_TRUE(find(s, "p_shop") && find(s, "p_shop")->latest)
+        << "a team left alone keeps showing what it answered last";
+    EXPECT_EQ(find(s, "p_shop")->latest->deploymentID(), "d_shop");
 
     // Once signed in, each team is asked again after a while; its projects are listed, and
     // with every scope answering, all of them are monitored and the choice is written down.
