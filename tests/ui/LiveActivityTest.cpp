@@ -348,6 +348,22 @@ TEST_F(LiveActivityTest, AFailureStaysTwelveSecondsAndEachResultExpiresOnItsOwn)
     EXPECT_FALSE(controller.isVisible());
 }
 
+TEST_F(LiveActivityTest, ABlockedDeploymentStaysAsLongAsAFailureWithVercelsReason) {
+    controller.update({snap("a", "QUEUED", 2)}, true);
+    controller.update({snap("a", "BLOCKED", 2)}, true);
+    EXPECT_EQ(rows(), QStringList{"a:BLOCKED"});
+    clock.advance(11900ms);
+    EXPECT_TRUE(controller.isVisible());
+    clock.advance(200ms);
+    EXPECT_FALSE(controller.isVisible());
+
+    ProjectSnapshot blocked = deployed("web", "BLOCKED", 120, msAgo(start, 30));
+    EXPECT_EQ(T::trailing(blocked, start, false), "Blocked");
+    EXPECT_EQ(T::trailing(blocked, start, true), "Bloqué");
+    blocked.latest->readyStateReason = "The commit author is not a member of the team";
+    EXPECT_EQ(T::subtitle(blocked, false), "The commit author is not a member of the team");
+}
+
 TEST_F(LiveActivityTest, ACanceledDeploymentLeavesNoResult) {
     controller.update({snap("a", "QUEUED"), snap("b", "BUILDING", 3)}, true);
     controller.update({snap("a", "CANCELED"), snap("b", "BUILDING", 3)}, true);

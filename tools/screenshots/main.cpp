@@ -250,6 +250,9 @@ void shootCapsules() {
     shootCapsule(*prefs, all.mid(0, 3), 0, "capsule-3");
     shootCapsule(*prefs, all, 1, "capsule-6");
     shootCapsule(*prefs, all.mid(0, 3), 0, "capsule-left", TrayEdge::left, 40);
+    ProjectSnapshot blocked = capsuleRow("blog", "BLOCKED", "Draft post", 30, std::nullopt);
+    blocked.latest->readyStateReason = QStringLiteral("The commit author is not a team member");
+    shootCapsule(*prefs, {all.first(), blocked}, 0, "capsule-blocked");
 }
 
 int usage(FILE* out, int code) {

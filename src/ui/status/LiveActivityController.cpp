@@ -19,8 +19,10 @@ double createdAt(const ProjectSnapshot& snapshot) {
     return snapshot.latest->createdAt.value_or(snapshot.latest->created.value_or(0));
 }
 
+// A result to show: live, failed, or blocked by Vercel (told like a failure).
+// A result to show: live, failed, or blocked by Vercel (told like a failure).
 bool isFinished(DeployStatus status) {
-    return status == DeployStatus::ready || status == DeployStatus::error;
+    return status == DeployStatus::ready || isFailure(status);
 }
 
 } // namespace
@@ -56,7 +58,7 @@ void LiveActivityController::update(const QList<ProjectSnapshot>& snapshots, boo
         const DeployStatus status = snapshot.status();
         if (previous == lastStatus_.constEnd() || !isInProgress(*previous) || !isFinished(status))
             continue;
-        const auto hold = status == DeployStatus::error ? errorHold : readyHold;
+        const auto hold = isFailure(status) ? errorHold : readyHold;
         results_.removeIf([&](const Result& r) { return r.snapshot.id == snapshot.id; });
         results_.append({snapshot, now.addSecs(hold.count())});
     }

@@ -195,7 +195,7 @@ void LiveActivityRow::paintEvent(QPaintEvent*) {
 
     painter.setFont(subtitleFont());
     QColor subColor = StatusPalette::secondaryTextColor();
-    if (status == DeployStatus::error) {
+    if (isFailure(status)) {
         subColor = color;
         subColor.setAlphaF(0.9f * color.alphaF());
     }

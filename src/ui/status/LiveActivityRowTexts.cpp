@@ -36,6 +36,10 @@ QString subtitle(const ProjectSnapshot& snapshot, bool french) {
     if (status == DeployStatus::error)
         return duration ? tr(french, "Failed after ", "Échec après ") + durationText(*duration)
                         : tr(french, "Failed", "Échec");
+    // Vercel's reason says what to do about it; it comes in English only.
+    if (status == DeployStatus::blocked && snapshot.latest &&
+        !snapshot.latest->readyStateReason.value_or(QString()).isEmpty())
+        return *snapshot.latest->readyStateReason;
     return commitOrTitle(snapshot, french);
 }
 
@@ -43,6 +47,7 @@ QString trailing(const ProjectSnapshot& snapshot, const QDateTime& now, bool fre
     switch (snapshot.status()) {
     case DeployStatus::queued:
     case DeployStatus::initializing:
+    case DeployStatus::blocked:
         return title(snapshot.status(), french);
     case DeployStatus::ready:
         return tr(french, "Live", "En ligne");
