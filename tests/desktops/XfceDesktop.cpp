@@ -79,23 +79,17 @@ std::optional<QString> XfceDesktop::start(Edge edge, bool workArea, bool appFirs
     }
     panel_.setProcessEnvironment(env);
     panel_.setProcessChannelMode(QProcess::MergedChannels);
+    panel_.start(QStringLiteral("xfce4-panel"), {});
+    if (!panel_.waitForStarted(kXToolTimeoutMs))
+        return QStringLiteral("xfce4-panel did not start: ") + panel_.errorString();
     std::optional<XWindow> panel;
-    // Xvfb resets when its last client leaves, and a client that connects meanwhile is turned
-    // away: the panel then ends at once and is started again.
-    for (int attempt = 0; attempt < 3 && !panel; ++attempt) {
-        panel_.start(QStringLiteral("xfce4-panel"), {});
-        if (!panel_.waitForStarted(kXToolTimeoutMs))
-            return QStringLiteral("xfce4-panel did not start: ") + panel_.errorString();
-        waitUntil(
-            [&] {
-                panel = panelWindow(env);
-                return panel_.state() != QProcess::Running ||
-                       (panel && bus().interface()->isServiceRegistered(watcher));
-            },
-            startTimeoutMs);
-        if (panel_.state() != QProcess::Running)
-            panel.reset();
-    }
+    waitUntil(
+        [&] {
+            panel = panelWindow(env);
+            return panel_.state() != QProcess::Running ||
+                   (panel && bus().interface()->isServiceRegistered(watcher));
+        },
+        startTimeoutMs);
     if (!panel || !bus().interface()->isServiceRegistered(watcher))
         return QStringLiteral("xfce4-panel showed no tray: ") + QString::fromUtf8(panel_.readAll());
     return workArea ? publishWorkArea(panel->rect) : std::nullopt;

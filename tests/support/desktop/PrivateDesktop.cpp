@@ -73,10 +73,12 @@ PrivateDesktop::~PrivateDesktop() {
 
 std::optional<QString> PrivateDesktop::startDisplay() {
     // -displayfd: Xvfb picks a free display number and prints it once it accepts clients.
+    // -noreset: by default Xvfb resets when its last client leaves and turns away whoever
+    // connects meanwhile, so a short-lived tool (xdpyinfo, xwininfo) could shut out the next.
     xvfb_.start(QStringLiteral("Xvfb"),
                 {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                  QStringLiteral("0"), QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"),
-                 QStringLiteral("tcp")});
+                 QStringLiteral("tcp"), QStringLiteral("-noreset")});
     if (!xvfb_.waitForStarted(kStartTimeoutMs))
         return QStringLiteral("Xvfb did not start: ") + xvfb_.errorString();
     const QString number = firstLine(xvfb_);
