@@ -20,19 +20,26 @@ QString deploymentBody(const ProjectSnapshot& snapshot) {
     return pieces.join(QStringLiteral(" · "));
 }
 
+// The project's name and `suffix` as title, the deployment's pieces as body, its dashboard link.
+FailureNotification notificationAbout(const ProjectSnapshot& snapshot, const QString& suffix) {
+    FailureNotification notification;
+    notification.title = snapshot.name + suffix;
+    if (snapshot.latest)
+        notification.identifier = snapshot.latest->deploymentID();
+    notification.body = deploymentBody(snapshot);
+    notification.url = snapshot.dashboardURL();
+    return notification;
+}
+
 // Vercel never built it, so there is no log to report: the notification carries Vercel's reason.
 FailureNotification blockedNotification(const ProjectSnapshot& snapshot) {
-    FailureNotification notification;
-    const VercelDeployment& deployment = *snapshot.latest;
-    notification.identifier = deployment.deploymentID();
-    notification.title =
-        snapshot.name + Language::text(": deployment blocked", " : déploiement bloqué");
-    const QString reason = deployment.readyStateReason.value_or(QString()).trimmed();
+    FailureNotification notification = notificationAbout(
+        snapshot, Language::text(": deployment blocked", " : déploiement bloqué"));
+    const QString reason = snapshot.latest->readyStateReason.value_or(QString()).trimmed();
     notification.body = !reason.isEmpty()
                             ? reason
                             : Language::text("Vercel blocked it without giving a reason.",
                                              "Vercel l'a bloqué sans en donner la raison.");
-    notification.url = snapshot.dashboardURL();
     return notification;
 }
 
@@ -41,24 +48,13 @@ FailureNotification blockedNotification(const ProjectSnapshot& snapshot) {
 FailureNotification failureNotification(const ProjectSnapshot& snapshot) {
     if (snapshot.status() == DeployStatus::blocked)
         return blockedNotification(snapshot);
-    FailureNotification notification;
-    notification.title =
-        snapshot.name + Language::text(": deployment failed", " : échec du déploiement");
-    if (snapshot.latest)
-        notification.identifier = snapshot.latest->deploymentID();
-    notification.body = deploymentBody(snapshot);
-    notification.url = snapshot.dashboardURL();
+    FailureNotification notification = notificationAbout(
+        snapshot, Language::text(": deployment failed", " : échec du déploiement"));
     notification.offersReport = snapshot.latest.has_value();
     return notification;
 }
 
 FailureNotification fixedNotification(const ProjectSnapshot& snapshot) {
-    FailureNotification notification;
-    notification.title =
-        snapshot.name + Language::text(" is live again", " est de nouveau en ligne");
-    if (snapshot.latest)
-        notification.identifier = snapshot.latest->deploymentID();
-    notification.body = deploymentBody(snapshot);
-    notification.url = snapshot.dashboardURL();
-    return notification;
+    return notificationAbout(snapshot,
+                             Language::text(" is live again", " est de nouveau en ligne"));
 }
