@@ -262,6 +262,17 @@ private:
     ScopeMemory::Focus focusOf(const Scope& scope, const QSet<QString>& monitored,
                                const QDateTime& startOfDay) const;
     bool needsCompleteReading(const QString& key, const ScopeMemory::Focus& focus) const;
+    // Taken as a scope's reading starts: after each wait, whether the state is gone or the token
+    // or the kept readings changed under it.
+    struct ReadingTicket {
+        QPointer<AppState> self;
+        quint64 generation = 0;
+        quint64 epoch = 0;
+        bool overtaken() const {
+            return !self || self->generation_ != generation || self->memoryEpoch_ != epoch;
+        }
+    };
+    ReadingTicket readingTicket() { return {this, generation_, memoryEpoch_}; }
     QCoro::Task<ScopeStep> refreshScope(VercelAPI client, Scope scope, ScopeMemory::Focus focus,
                                         PassAccumulator& pass, PassNotes& notes);
     QCoro::Task<ScopeStep> readChanges(VercelAPI client, Scope scope, ScopeMemory::Focus focus,

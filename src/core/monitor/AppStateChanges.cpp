@@ -85,19 +85,14 @@ bool AppState::needsCompleteReading(const QString& key, const ScopeMemory::Focus
 QCoro::Task<AppState::ScopeStep> AppState::readChanges(VercelAPI client, Scope scope,
                                                        ScopeMemory::Focus focus,
                                                        PassAccumulator& pass, PassNotes& notes) {
-    QPointer<AppState> self(this);
-    const quint64 generation = generation_;
-    const quint64 epoch = memoryEpoch_;
-    auto abandoned = [&] {
-        return !self || self->generation_ != generation || self->memoryEpoch_ != epoch;
-    };
+    const ReadingTicket ticket = readingTicket();
     const QString key = scopeKey(scope);
     ScopeMemory memory = memories_.value(key);
     const QDateTime sentAt = services_.clock.now();
     const qint64 since = memory.since();
     const auto created = co_await getPages<DeploymentsResponse>(
         client, deploymentsPath, createdAfter(scope, since), whileAfter(since));
-    if (abandoned())
+    if (ticket.overtaken())
         co_return ScopeStep::abandoned;
     if (!created) {
         memory.feed(pass, scope.slug);
@@ -107,7 +102,7 @@ QCoro::Task<AppState::ScopeStep> AppState::readChanges(VercelAPI client, Scope s
     for (const VercelDeployment& running : memory.stillRunning(focus)) {
         const auto again = co_await client.get<DeploymentsResponse>(deploymentsPath,
                                                                     oneDeployment(scope, running));
-        if (abandoned())
+        if (ticket.overtaken())
             co_return ScopeStep::abandoned;
         if (!again) {
             memory.feed(pass, scope.slug);

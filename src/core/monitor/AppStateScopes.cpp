@@ -34,12 +34,7 @@ QString timeText(const QDateTime& at) {
 QCoro::Task<AppState::ScopeStep> AppState::refreshScope(VercelAPI client, Scope scope,
                                                         ScopeMemory::Focus focus,
                                                         PassAccumulator& pass, PassNotes& notes) {
-    QPointer<AppState> self(this);
-    const quint64 generation = generation_;
-    const quint64 epoch = memoryEpoch_;
-    auto abandoned = [&] {
-        return !self || self->generation_ != generation || self->memoryEpoch_ != epoch;
-    };
+    const ReadingTicket ticket = readingTicket();
     const QString key = scopeKey(scope);
     // What the scope answered last stands in for what it cannot answer now, so a passing
     // failure does not blank its projects.
@@ -48,7 +43,7 @@ QCoro::Task<AppState::ScopeStep> AppState::refreshScope(VercelAPI client, Scope 
     const VercelAPI::Query query = VercelAPI::withTeam(scope.teamId, limit100);
     const auto projects = co_await getPages<ProjectsResponse>(
         client, QStringLiteral("/v9/projects"), query, findsAll(focus.monitored));
-    if (abandoned())
+    if (ticket.overtaken())
         co_return ScopeStep::abandoned;
     if (!projects) {
         memory.feed(pass, scope.slug);
@@ -60,7 +55,7 @@ QCoro::Task<AppState::ScopeStep> AppState::refreshScope(VercelAPI client, Scope 
     const auto deployments = co_await getPages<DeploymentsResponse>(
         client, QStringLiteral("/v6/deployments"), query,
         whileNotOlderThan(localStartOfDay(services_.clock.now())));
-    if (abandoned())
+    if (ticket.overtaken())
         co_return ScopeStep::abandoned;
     if (!deployments) {
         memory.replaceLatest(projects->projects, focus);
