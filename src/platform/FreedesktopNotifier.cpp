@@ -58,6 +58,8 @@ QStringList FreedesktopNotifier::actionsFor(const FailureNotification& notificat
     if (notification.offersReport && reportHandler_)
         actions << QStringLiteral("copy-report")
                 << Language::text("Copy for AI", "Copier pour l'IA");
+    if (notification.offersRedeploy && redeployHandler_)
+        actions << QStringLiteral("redeploy") << Language::text("Redeploy", "Redéployer");
     return actions;
 }
 
@@ -77,7 +79,8 @@ void FreedesktopNotifier::send(const FailureNotification& notification) {
     call << QStringLiteral("Quillon") << uint(0) << QStringLiteral("quillon") << notification.title
          << notification.body << actionsFor(notification) << hints << expireMs;
     auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call, kCallTimeoutMs), this);
-    const Shown shown{notification.identifier, notification.url, notification.offersReport};
+    const Shown shown{notification.identifier, notification.url, notification.offersReport,
+                      notification.offersRedeploy};
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
             [this, shown](QDBusPendingCallWatcher* finished) {
                 finished->deleteLater();
@@ -99,6 +102,8 @@ void FreedesktopNotifier::onActionInvoked(uint id, const QString& actionKey) {
             opener_(*shown.url);
     } else if (actionKey == QLatin1String("copy-report") && shown.offersReport && reportHandler_) {
         reportHandler_(shown.identifier);
+    } else if (actionKey == QLatin1String("redeploy") && shown.offersRedeploy && redeployHandler_) {
+        redeployHandler_(shown.identifier);
     }
 }
 

@@ -12,7 +12,7 @@
 // Failure notifications through org.freedesktop.Notifications. Calls are asynchronous, so a
 // missing or hung notification server never blocks the tray; clicking a notification (its
 // default action) opens the deployment's link. Where the server shows buttons, a failure also
-// offers "Open deployment" and "Copy for AI".
+// offers "Open deployment", "Copy for AI" and "Redeploy".
 class FreedesktopNotifier final : public QObject, public NotificationService {
     Q_OBJECT
 public:
@@ -24,6 +24,9 @@ public:
     void post(const FailureNotification& notification) override;
     void setReportHandler(std::function<void(const QString&)> handler) override {
         reportHandler_ = std::move(handler);
+    }
+    void setRedeployHandler(std::function<void(const QString&)> handler) override {
+        redeployHandler_ = std::move(handler);
     }
 
     // Notifications this process posted that the server still shows.
@@ -42,6 +45,7 @@ private:
         QString identifier;
         std::optional<QUrl> url;
         bool offersReport = false;
+        bool offersRedeploy = false;
     };
     void send(const FailureNotification& notification);
     QStringList actionsFor(const FailureNotification& notification) const;
@@ -49,6 +53,7 @@ private:
     QDBusConnection bus_;
     UrlOpener opener_;
     std::function<void(const QString&)> reportHandler_;
+    std::function<void(const QString&)> redeployHandler_;
     QHash<uint, Shown> shown_;
     // Whether the server shows buttons; asked once, before the first notification.
     std::optional<bool> serverHasActions_;

@@ -14,7 +14,7 @@ namespace {
 class MissingTransport final : public HttpTransport {
 public:
     explicit MissingTransport(QString reason) : reason_(std::move(reason)) {}
-    QCoro::Task<HttpReply> get(HttpRequest request) override {
+    QCoro::Task<HttpReply> send(HttpRequest request) override {
         HttpReply reply;
         reply.url = request.url;
         reply.failure = NetworkFailure::unknownNetwork;

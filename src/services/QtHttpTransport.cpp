@@ -106,10 +106,19 @@ HttpReply httpReply(const QNetworkReply& reply, Download& download) {
     return answer;
 }
 
+// Outside the coroutine: gcc 12 destroys the temporaries of a conditional expression twice
+// inside one.
+QNetworkReply* started(const HttpRequest& request) {
+    const QNetworkRequest qt = qtRequest(request);
+    if (request.method == "GET")
+        return sharedNetwork().get(qt);
+    return sharedNetwork().sendCustomRequest(qt, request.method, request.body);
+}
+
 } // namespace
 
-QCoro::Task<HttpReply> QtHttpTransport::get(HttpRequest request) {
-    ReplyPtr reply(sharedNetwork().get(qtRequest(request)));
+QCoro::Task<HttpReply> QtHttpTransport::send(HttpRequest request) {
+    ReplyPtr reply(started(request));
     auto download = std::make_shared<Download>(Download{request.maxBodyBytes, {}, false});
     QObject::connect(reply.get(), &QIODevice::readyRead, reply.get(),
                      [raw = reply.get(), download] { download->take(raw); });

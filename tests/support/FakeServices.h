@@ -24,10 +24,14 @@ public:
     int authorizationRequests = 0;
     QList<FailureNotification> posted;
     std::function<void(const QString&)> reportHandler;
+    std::function<void(const QString&)> redeployHandler;
     void requestAuthorization() override { ++authorizationRequests; }
     void post(const FailureNotification& notification) override { posted.append(notification); }
     void setReportHandler(std::function<void(const QString&)> handler) override {
         reportHandler = std::move(handler);
+    }
+    void setRedeployHandler(std::function<void(const QString&)> handler) override {
+        redeployHandler = std::move(handler);
     }
 };
 

@@ -138,6 +138,8 @@ Response FakeVercelAccount::answer(const QString& path, const Request& request) 
             return samlRefusal(team, team);
         if (path.startsWith("/v3/deployments/") && path.endsWith("/events"))
             return eventsAnswer(path);
+        if (request.method != "GET")
+            return writeAnswer(path, request);
         if (failEvery > 0 && ++served_ % failEvery == 0)
             return Response::vercelError(500, "internal_server_error",
                                          "An unexpected error occurred.");
@@ -152,6 +154,65 @@ Response FakeVercelAccount::eventsAnswer(const QString& path) {
     if (events.contains(id))
         return Response::json(QJsonDocument(events.value(id)).toJson(QJsonDocument::Compact));
     return Response::vercelError(404, "not_found", "Not Found");
+}
+
+Response FakeVercelAccount::writeAnswer(const QString& path, const Request& request) {
+    const QString team = teamOf(request);
+    if (readOnlyTeams.contains(team))
+        return Response::json(R"({"error":{"code":"forbidden","message":"You don't have )"
+                              R"(permission to create the deployment.","invalidToken":false}})",
+                              403);
+    if (request.method == "POST" && path == "/v13/deployments")
+        return redeployAnswer(team, request);
+    static const QString cancelPrefix = QStringLiteral("/v12/deployments/");
+    if (request.method == "PATCH" && path.startsWith(cancelPrefix) && path.endsWith("/cancel"))
+        return cancelAnswer(team, path.mid(cancelPrefix.size()).chopped(7));
+    return Response::vercelError(404, "not_found", "Not Found");
+}
+
+Response FakeVercelAccount::redeployAnswer(const QString& scope, const Request& request) {
+    const QJsonObject asked = QJsonDocument::fromJson(request.body).object();
+    const QString from = asked.value("deploymentId").toString();
+    for (const QJsonValue& value : deployments.value(scope)) {
+        const QJsonObject source = value.toObject();
+        if (source.value("uid") != from)
+            continue;
+        const QString id = QStringLiteral("dpl_redeploy%1").arg(++redeployed_);
+        QJsonObject created = deployment(id, source.value("projectId").toString(), "QUEUED",
+                                         static_cast<double>(now().toMSecsSinceEpoch()));
+        created.insert("name", asked.value("name"));
+        created.insert("meta", source.value("meta"));
+        created.insert("target",
+                       asked.value("target").isString() ? asked.value("target") : QJsonValue());
+        created.insert("buildingAt", QJsonValue());
+        addDeployment(scope, created);
+        // The one record Vercel answers with names the id `id` and the state `readyState`.
+        created.insert("id", id);
+        created.insert("readyState", "QUEUED");
+        return Response::json(body(created));
+    }
+    return Response::vercelError(404, "not_found", "Deployment not found");
+}
+
+Response FakeVercelAccount::cancelAnswer(const QString& scope, const QString& id) {
+    for (const QJsonValue& value : deployments.value(scope)) {
+        QJsonObject found = value.toObject();
+        if (found.value("uid") != id)
+            continue;
+        const QString state = found.value("state").toString();
+        if (state != "QUEUED" && state != "INITIALIZING" && state != "BUILDING")
+            return Response::json(R"({"error":{"code":"bad_request","message":"The deployment )"
+                                  R"(is not building and cannot be canceled."}})",
+                                  400);
+        updateDeployment(scope, id, [this](QJsonObject& d) {
+            d.insert("state", "CANCELED");
+            d.insert("canceledAt", static_cast<double>(now().toMSecsSinceEpoch()));
+        });
+        found.insert("id", id);
+        found.insert("readyState", "CANCELED");
+        return Response::json(body(found));
+    }
+    return Response::vercelError(404, "not_found", "Deployment not found");
 }
 
 Response FakeVercelAccount::listAnswer(const QString& path, const Request& request) {

@@ -45,6 +45,12 @@ public:
     // When above 0, each project lists as its latestDeployments the newest so many of the
     // deployments given to addProject and of its scope's, as Vercel does; otherwise those given.
     int latestPerProject = 0;
+    // Writes: POST /v13/deployments (a redeploy) adds a queued deployment of the same project and
+    // target, created `now`; PATCH /v12/deployments/{id}/cancel turns a queued or building one
+    // canceled and answers 400 for one that has finished. Teams listed here answer every write
+    // with 403: the token may read them but not deploy.
+    QSet<QString> readOnlyTeams;
+    std::function<QDateTime()> now = &QDateTime::currentDateTime;
 
     void addTeam(const QString& id, const QString& slug);
     // A team that requires a SAML sign-in: listed as `limited`, and closed to every request.
@@ -77,11 +83,17 @@ private:
     LoopbackHttpServer::Response listAnswer(const QString& path,
                                             const LoopbackHttpServer::Request& request);
     LoopbackHttpServer::Response eventsAnswer(const QString& path);
+    LoopbackHttpServer::Response writeAnswer(const QString& path,
+                                             const LoopbackHttpServer::Request& request);
+    LoopbackHttpServer::Response redeployAnswer(const QString& scope,
+                                                const LoopbackHttpServer::Request& request);
+    LoopbackHttpServer::Response cancelAnswer(const QString& scope, const QString& id);
     QJsonArray listedProjects(const QString& scope) const;
     // Counts the request against the rate limit: the 429 when over it, and the headers to add.
     std::optional<LoopbackHttpServer::Response> pace(QList<LoopbackHttpServer::Header>& headers);
     LoopbackHttpServer& server_;
     int served_ = 0;
+    int redeployed_ = 0;
     int rateLimited_ = 0;
     qint64 window_ = -1; // the minute being counted, in minutes since the epoch
     int inWindow_ = 0;

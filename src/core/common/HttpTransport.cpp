@@ -26,6 +26,6 @@ void HttpTransport::setProvider(std::function<HttpTransport&()> provider) {
     ::provider() = std::move(provider);
 }
 
-QCoro::Task<HttpReply> boundedGet(HttpRequest request) {
-    co_return co_await HttpTransport::shared().get(std::move(request));
+QCoro::Task<HttpReply> boundedSend(HttpRequest request) {
+    co_return co_await HttpTransport::shared().send(std::move(request));
 }

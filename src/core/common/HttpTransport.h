@@ -10,8 +10,8 @@
 #include <optional>
 #include <utility>
 
-// Why a GET got no usable HTTP answer, with the values of Qt's QNetworkReply::NetworkError so the
-// transport hands its codes over unchanged. Only the codes the core tells apart are named.
+// Why a request got no usable HTTP answer, with the values of Qt's QNetworkReply::NetworkError so
+// the transport hands its codes over unchanged. Only the codes the core tells apart are named.
 namespace NetworkFailure {
 enum Code : int {
     none = 0,
@@ -36,9 +36,11 @@ struct HttpRequest {
     QList<std::pair<QByteArray, QByteArray>> headers;
     std::chrono::milliseconds transferTimeout{0}; // 0: no limit
     qint64 maxBodyBytes = 0;
+    QByteArray method = QByteArrayLiteral("GET");
+    QByteArray body{}; // sent as it is; its Content-Type goes in `headers`
 };
 
-// A finished GET: where it ended (after redirects), its HTTP status and headers when an answer
+// A finished request: where it ended (after redirects), its HTTP status and headers when an answer
 // arrived, the transport's failure code and sentence, and the body, or nothing and `tooLarge`
 // once the body passed the cap, which abandons the transfer.
 struct HttpReply {
@@ -54,18 +56,18 @@ struct HttpReply {
     std::optional<QByteArray> header(QByteArrayView name) const;
 };
 
-// HTTP as the core needs it: GETs, made and answered on the main thread. The implementation (and
-// the network stack under it) may be loaded only when the first request is made.
+// HTTP as the core needs it: requests made and answered on the main thread. The implementation
+// (and the network stack under it) may be loaded only when the first request is made.
 class HttpTransport {
 public:
     virtual ~HttpTransport() = default;
-    virtual QCoro::Task<HttpReply> get(HttpRequest request) = 0;
+    virtual QCoro::Task<HttpReply> send(HttpRequest request) = 0;
 
     // The process's transport, asked for at each request: the provider may load it then.
     static HttpTransport& shared();
     static void setProvider(std::function<HttpTransport&()> provider);
 };
 
-// GETs `request` on the shared transport, reading at most its `maxBodyBytes` of body: a server
+// Sends `request` on the shared transport, reading at most its `maxBodyBytes` of body: a server
 // that sends more is broken or hostile and must not be allowed to fill the memory.
-QCoro::Task<HttpReply> boundedGet(HttpRequest request);
+QCoro::Task<HttpReply> boundedSend(HttpRequest request);

@@ -2,6 +2,7 @@
 
 #include "core/common/Language.h"
 
+#include <QLocale>
 #include <algorithm>
 #include <cmath>
 
@@ -53,4 +54,9 @@ QString relativeAgeText(const std::optional<QDateTime>& since, const QDateTime& 
         }
     }
     return {};
+}
+
+QString clockTimeText(const QDateTime& at) {
+    const QLocale locale(Language::isFrench() ? QLocale::French : QLocale::English);
+    return locale.toString(at.toLocalTime().time(), QLocale::ShortFormat);
 }

@@ -14,3 +14,6 @@ QString durationText(double seconds);
 // units truncated towards zero. A missing date, or one less than a minute ago, is "just now".
 QString relativeAgeText(const std::optional<QDateTime>& since, const QDateTime& now);
 QString relativeAgeText(const std::optional<QDateTime>& since, const QDateTime& now, bool french);
+
+// "15:04" in French, "3:04 PM" in English: the local time of day of `at`.
+QString clockTimeText(const QDateTime& at);

@@ -90,6 +90,8 @@ VercelDeployment DemoDirector::newDeployment(const Play& play) const {
     VercelDeployment deployment;
     const QString uuid = QUuid::createUuid().toString(QUuid::Id128);
     deployment.id = QStringLiteral("dpl_") + uuid.left(12);
+    // Vercel's address of a deployment: project, a short hash, the account.
+    deployment.url = QStringLiteral("%1-%2-acme.vercel.app").arg(play.project, uuid.mid(12, 9));
     if (play.production)
         deployment.target = QStringLiteral("production");
     QMap<QString, JSONScalar> meta;
@@ -170,6 +172,42 @@ QCoro::Task<> DemoDirector::runPlay(Play play, std::shared_ptr<Cancellation> tok
     deployment.ready = nowMs(clock);
     latest_.insert(play.project, deployment);
     changed();
+}
+
+std::optional<VercelDeployment> DemoDirector::redeploy(const QString& project) {
+    const auto found = latest_.constFind(project);
+    if (found == latest_.constEnd())
+        return std::nullopt;
+    const auto meta = [&](const char* key) {
+        return found->meta.value_or(QMap<QString, JSONScalar>())
+            .value(QString::fromLatin1(key))
+            .string.value_or(QString());
+    };
+    play({project, meta("githubCommitMessage"), meta("githubCommitRef"), found->isProduction(),
+          medianOf(project)});
+    return latest_.value(project);
+}
+
+bool DemoDirector::cancel(const QString& project) {
+    const std::shared_ptr<Cancellation> running = tasks_.value(project);
+    const auto found = latest_.find(project);
+    if (!running || running->isCancelled() || found == latest_.end() ||
+        !isInProgress(found->status()))
+        return false;
+    running->cancel();
+    tasks_.remove(project);
+    found->readyState = QStringLiteral("CANCELED");
+    found->ready = nowMs(clock_);
+    changed();
+    return true;
+}
+
+double DemoDirector::medianOf(const QString& project) const {
+    for (const Project& known : projects()) {
+        if (known.name == project)
+            return known.median;
+    }
+    return 15;
 }
 
 void DemoDirector::toggleAutoplay() {

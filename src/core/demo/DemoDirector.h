@@ -45,6 +45,13 @@ public:
     void toggleAutoplay();
     bool isAutoplaying() const { return autoplay_ != nullptr; }
 
+    // Builds the project's latest deployment again, as Vercel would: a new deployment of the same
+    // commit and target, queued, then building, then live. Absent when the project has none.
+    std::optional<VercelDeployment> redeploy(const QString& project);
+    // Stops the project's queued or running deployment, which turns canceled; false when none
+    // runs.
+    bool cancel(const QString& project);
+
     int todayCount() const { return todayCount_; }
     QList<ProjectSnapshot> snapshots() const;
     QList<ProjectRef> projectRefs() const;
@@ -69,6 +76,7 @@ private:
     QCoro::Task<> runPlay(Play play, std::shared_ptr<Cancellation> token);
     QCoro::Task<> runAutoplay(std::shared_ptr<Cancellation> token);
     VercelDeployment newDeployment(const Play& play) const;
+    double medianOf(const QString& project) const;
     void changed();
     std::chrono::milliseconds scaled(double seconds) const;
 

@@ -12,11 +12,14 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), servic
     qtTranslation_.follow(Language::isFrench(services_.preferences, Language::systemLanguages()));
     services_.notifications.setReportHandler(
         [this](const QString& deploymentID) { copyReportFromNotification(deploymentID); });
+    services_.notifications.setRedeployHandler(
+        [this](const QString& deploymentID) { redeployFromNotification(deploymentID); });
     QObject::connect(&pause_, &NotificationPause::changed, this, &AppState::changed);
 }
 
 AppState::~AppState() {
     services_.notifications.setReportHandler(nullptr);
+    services_.notifications.setRedeployHandler(nullptr);
     if (pacer_)
         pacer_->forgetClock(); // requests still in flight outlive the clock's owner
     if (muteTask_)
@@ -24,6 +27,7 @@ AppState::~AppState() {
     cancelRetry();
     cancelLoop();
     reportWaits_->cancel();
+    actionWaits_->cancel();
 }
 
 void AppState::readPreferences() {
@@ -401,6 +405,7 @@ void AppState::publish(QList<ProjectSnapshot> snapshots, int todayCount) {
     snapshots_ = std::move(snapshots);
     todayCount_ = todayCount;
     lastRefresh_ = services_.clock.now();
+    dropOutdatedProblems();
     Q_EMIT snapshotsChanged();
     Q_EMIT changed();
 }

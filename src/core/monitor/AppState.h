@@ -2,6 +2,8 @@
 
 #include "core/common/QtTranslation.h"
 #include "core/keychain/KeychainMode.h"
+#include "core/monitor/ActionProblem.h"
+#include "core/monitor/ActionState.h"
 #include "core/monitor/Clock.h"
 #include "core/monitor/ConnectionState.h"
 #include "core/monitor/FailureRecovery.h"
@@ -199,6 +201,35 @@ public:
     // confirms with a short notification.
     QCoro::Task<> copyReportFromNotification(QString deploymentID);
 
+    // Actions on a project's latest deployment, from its row, its notification or quillon-cli.
+    // A redeploy builds a failed or canceled deployment again (same project, same target); a
+    // cancel stops one that is queued, initializing or building.
+    bool canRedeploy(const ProjectSnapshot& snapshot) const;
+    bool canCancel(const ProjectSnapshot& snapshot) const;
+    // "https://" and the latest deployment's address once it is live; absent otherwise.
+    std::optional<QUrl> deploymentURL(const ProjectSnapshot& snapshot) const;
+    // Puts that address on the clipboard; false, and nothing copied, when there is none.
+    bool copyDeploymentURL(const ProjectSnapshot& snapshot);
+    // The question a confirmation asks, in the user's language: "Redeploy my-app to Production?
+    // Commit “Fix build” (a1b2c3d) on main."
+    QString actionConfirmation(DeploymentAction action, const ProjectSnapshot& snapshot) const;
+    // How an action ended: done (with the deployment Vercel answered, when readable), or why not.
+    // Neither is set when it was refused because another action runs for the project.
+    struct ActionResult {
+        bool done = false;
+        std::optional<VercelDeployment> deployment;
+        std::optional<ActionProblem> problem;
+    };
+    // Sends the one request of `action` for the snapshot's latest deployment, in its scope (in
+    // demo mode, plays it on the fake deployments). A success asks for a pass at once; a failure
+    // is kept for the row (actionState) and changes nothing else. Refused, without a request,
+    // while another action runs for the project or when it does not apply to the deployment.
+    QCoro::Task<ActionResult> act(DeploymentAction action, ProjectSnapshot snapshot);
+    QCoro::Task<bool> redeploy(ProjectSnapshot snapshot);
+    QCoro::Task<bool> cancelDeployment(ProjectSnapshot snapshot);
+    // The project's action running, or the problem of its last one; absent otherwise.
+    std::optional<ActionState> actionState(const QString& projectID) const;
+
     // Holds failure notifications for a while; see NotificationPause.
     NotificationPause& notificationPause() { return pause_; }
     const NotificationPause& notificationPause() const { return pause_; }
@@ -219,8 +250,34 @@ Q_SIGNALS:
     void lastErrorChanged();
     void refreshingChanged();
     void noticesChanged();
+    // An action's state appeared, changed or went (actionState).
+    void actionsChanged();
+    // "Redeploy" was pressed on the notification of this failed deployment, still the latest of
+    // its project: the view confirms, then calls redeploy.
+    void redeployRequested(ProjectSnapshot snapshot);
 
 private:
+    // The last action asked of a project: running while `problem` is absent.
+    struct ActionRecord {
+        DeploymentAction action = DeploymentAction::redeploy;
+        QString deploymentID; // the deployment it was asked of
+        std::optional<ActionProblem> problem;
+        quint64 serial = 0;
+    };
+    QCoro::Task<RequestResult<std::optional<VercelDeployment>>>
+    sendAction(DeploymentAction action, const ProjectSnapshot& snapshot);
+    ActionResult playDemoAction(DeploymentAction action, const ProjectSnapshot& snapshot);
+    // Keeps `why` for the row without sending anything.
+    ActionResult refuseAction(DeploymentAction action, const ProjectSnapshot& snapshot,
+                              ActionProblem::Kind why);
+    void setActionProblem(const QString& projectID, quint64 serial, ActionProblem problem);
+    void removeAction(const QString& projectID, quint64 serial);
+    void dropOutdatedProblems();
+    static QCoro::Task<> expireProblem(QPointer<AppState> self, QString projectID, quint64 serial,
+                                       std::shared_ptr<Cancellation> token);
+    void askForPass();
+    void redeployFromNotification(const QString& deploymentID);
+
     void readPreferences();
     void readPolicyPreferences();
     void announcePreferences();
@@ -354,5 +411,11 @@ private:
     FailureRecovery recovery_;
     NotificationPause pause_{services_.clock, services_.notifications};
     std::optional<Tone> previewTone_;
+    QHash<QString, ActionRecord> actions_; // by project id
+    quint64 actionSerial_ = 0;
+    // Ends the waits of action problems when AppState goes.
+    std::shared_ptr<Cancellation> actionWaits_ = std::make_shared<Cancellation>();
+    // An action succeeded while a pass ran: another pass follows it at once.
+    bool passAfterThis_ = false;
     QtTranslation qtTranslation_;
 };

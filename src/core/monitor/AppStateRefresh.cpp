@@ -6,6 +6,7 @@
 #include "core/monitor/SlowBuildCheck.h"
 
 #include <QCoro/QCoroSignal>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -61,16 +62,21 @@ void AppState::finishPass(PassAccumulator& pass, const PassNotes& notes, int req
     if (lastError_ && !snapshots_.isEmpty())
         setLastError(std::nullopt);
     setRefreshing(false);
+    const bool again = std::exchange(passAfterThis_, false);
     // A team whose projects were missing from the list answered: they can be listed now.
     if (notes.relist) {
         loadProjects();
-        return;
+    } else {
+        for (const Scope& scope : notes.toList)
+            listScope(scope, notes.unlistedProjects);
+        // The monitored projects changed while the pass ran, and its request for a pass was
+        // dropped.
+        if (notes.toList.isEmpty() && effectiveMonitoredIDs() != monitored)
+            refresh();
     }
-    for (const Scope& scope : notes.toList)
-        listScope(scope, notes.unlistedProjects);
-    // The monitored projects changed while the pass ran, and its request for a pass was dropped.
-    if (notes.toList.isEmpty() && effectiveMonitoredIDs() != monitored)
-        refresh();
+    // An action succeeded during this pass, which may have read the scope before it.
+    if (again)
+        startLoop();
 }
 
 // Eight seconds while anything builds, else the interval but at least ten; longer when Vercel

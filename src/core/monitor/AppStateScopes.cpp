@@ -1,10 +1,9 @@
 // One scope of a refresh pass, and the scopes Vercel keeps closed or asks to slow down.
 #include "core/common/Language.h"
+#include "core/common/TimeTexts.h"
 #include "core/monitor/AppState.h"
 #include "core/monitor/PassAccumulator.h"
 #include "core/vercel/VercelPages.h"
-
-#include <QLocale>
 
 using namespace std::chrono_literals;
 
@@ -20,11 +19,6 @@ std::function<bool(const ProjectsResponse&)> findsAll(QSet<QString> wanted) {
             missing.remove(project.id);
         return !missing.isEmpty();
     };
-}
-
-QString timeText(const QDateTime& at) {
-    const QLocale locale(Language::isFrench() ? QLocale::French : QLocale::English);
-    return locale.toString(at.toLocalTime().time(), QLocale::ShortFormat);
 }
 
 } // namespace
@@ -144,7 +138,7 @@ QStringList AppState::notices() const {
         if (next)
             slowDown += QLatin1Char(' ') +
                         Language::text("Next check at %1.", "Prochaine vérification à %1.")
-                            .arg(timeText(*next));
+                            .arg(clockTimeText(*next));
         notices << slowDown;
     }
     return notices;

@@ -51,6 +51,8 @@ FailureNotification failureNotification(const ProjectSnapshot& snapshot) {
     FailureNotification notification = notificationAbout(
         snapshot, Language::text(": deployment failed", " : échec du déploiement"));
     notification.offersReport = snapshot.latest.has_value();
+    // Blocked deployments are not offered: Vercel would refuse the new one for the same reason.
+    notification.offersRedeploy = snapshot.status() == DeployStatus::error;
     return notification;
 }
 

@@ -23,9 +23,10 @@ struct FailureNotification {
     QString identifier; // the deployment id
     QString title;
     QString body;
-    std::optional<QUrl> url;   // opened when the notification is clicked
-    bool offersReport = false; // a "Copy for AI" button where the server shows buttons
-    bool transient = false;    // a short confirmation that is not kept in the history
+    std::optional<QUrl> url;     // opened when the notification is clicked
+    bool offersReport = false;   // a "Copy for AI" button where the server shows buttons
+    bool offersRedeploy = false; // a "Redeploy" button, likewise
+    bool transient = false;      // a short confirmation that is not kept in the history
 };
 
 class NotificationService {
@@ -37,6 +38,8 @@ public:
     // Called with a notification's identifier when the user asks for its failure report from
     // the notification itself. A server without buttons never calls it.
     virtual void setReportHandler(std::function<void(const QString& identifier)> handler) = 0;
+    // Called with a notification's identifier when the user presses its "Redeploy" button.
+    virtual void setRedeployHandler(std::function<void(const QString& identifier)> handler) = 0;
 };
 
 // The system clipboard, as plain text.

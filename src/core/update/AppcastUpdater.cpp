@@ -31,7 +31,7 @@ QCoro::Task<Expected<QByteArray, QString>> fetch(QUrl url) {
         {},
         std::chrono::duration_cast<std::chrono::milliseconds>(AppcastUpdater::timeout),
         AppcastUpdater::maxFeedBytes};
-    HttpReply reply = co_await boundedGet(std::move(request));
+    HttpReply reply = co_await boundedSend(std::move(request));
     co_return outcome(reply);
 }
 

@@ -161,18 +161,31 @@ QUrl VercelAPI::requestUrl(const QString& path, const Query& query) const {
 }
 
 QCoro::Task<RequestResult<QByteArray>> VercelAPI::fetch(QString path, Query query) const {
+    // A named request: gcc 12 destroys a braced temporary in a co_await expression twice.
+    HttpRequest request{requestUrl(path, query), {}, timeout_, kMaxBodyBytes};
+    co_return co_await send(std::move(request));
+}
+
+QCoro::Task<RequestResult<QByteArray>> VercelAPI::write(QByteArray method, QString path,
+                                                        Query query, QByteArray json) const {
+    HttpRequest request{requestUrl(path, query), {}, timeout_, kMaxBodyBytes, std::move(method)};
+    if (!json.isEmpty()) {
+        request.headers.append({QByteArrayLiteral("Content-Type"), "application/json"});
+        request.body = std::move(json);
+    }
+    co_return co_await send(std::move(request));
+}
+
+QCoro::Task<RequestResult<QByteArray>> VercelAPI::send(HttpRequest request) const {
     const std::shared_ptr<RateLimitPacer> pacer = pacer_; // this copy may be gone on resuming
     if (pacer) {
         if (std::optional<QDateTime> held = pacer->heldUntil())
             co_return RequestError(APIError::rateLimited(std::move(held)));
         pacer->countSent();
     }
-    HttpRequest request{
-        requestUrl(path, query),
-        {{QByteArrayLiteral("Authorization"), QByteArrayLiteral("Bearer ") + token_.toUtf8()}},
-        timeout_,
-        kMaxBodyBytes};
-    HttpReply reply = co_await boundedGet(std::move(request));
+    request.headers.prepend(
+        {QByteArrayLiteral("Authorization"), QByteArrayLiteral("Bearer ") + token_.toUtf8()});
+    HttpReply reply = co_await boundedSend(std::move(request));
     if (!pacer)
         co_return outcome(reply, retryTimeOf(reply, QDateTime::currentDateTime()));
     pacer->observe(reply);

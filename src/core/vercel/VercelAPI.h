@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/common/HttpTransport.h"
 #include "core/vercel/APIError.h"
 #include "core/vercel/RateLimitPacer.h"
 #include "core/vercel/VercelDecoding.h"
@@ -13,7 +14,7 @@
 #include <utility>
 
 // The only component that talks to Vercel: an immutable token + base address that sends one
-// authenticated GET per call and decodes the answer. Cheap to copy.
+// authenticated request per call and decodes the answer. Cheap to copy.
 class VercelAPI {
 public:
     using Query = QList<std::pair<QString, QString>>;
@@ -54,8 +55,15 @@ public:
 
     // The 2xx body of a GET, or why there is none.
     QCoro::Task<RequestResult<QByteArray>> fetch(QString path, Query query) const;
+    // The 2xx body of a request that changes something (`method` POST, PATCH…), with `json` as
+    // its body when not empty. Paced and answered like a GET, and never sent twice: a write that
+    // fails is for the user to try again.
+    QCoro::Task<RequestResult<QByteArray>> write(QByteArray method, QString path, Query query,
+                                                 QByteArray json) const;
 
 private:
+    QCoro::Task<RequestResult<QByteArray>> send(HttpRequest request) const;
+
     QString token_;
     QUrl base_;
     std::chrono::milliseconds timeout_{20000};

@@ -325,3 +325,8 @@ template <> std::optional<BuildEventList> decodeResponse(const QByteArray& body)
     return decodeBody<BuildEventList>(
         body, [](const auto& top, BuildEventList& events) { return readEvents(top, events); });
 }
+
+template <> std::optional<VercelDeployment> decodeResponse(const QByteArray& body) {
+    return decodeBody<VercelDeployment>(
+        body, [](const auto& top, VercelDeployment& deployment) { return read(top, deployment); });
+}
