@@ -115,37 +115,56 @@ TEST_F(FreedesktopNotifierTest, NoServerOrASilentOneNeverBlocksPosting) {
     EXPECT_EQ(notifier->pendingCount(), 1);
 }
 
-TEST_F(FreedesktopNotifierTest, ButtonsOpenTheDeploymentAndAskForTheReport) {
+TEST_F(FreedesktopNotifierTest, ButtonsOpenTheDeploymentAskForTheReportOrARedeploy) {
     // dunst shows buttons in its context menu, through its dmenu command: this one records the
-    // menu and picks "Copy for AI".
+    // menu and picks the entry named in the choice file.
     QTemporaryDir dir;
     const QString menu = dir.filePath(QStringLiteral("menu.txt"));
+    const QString choice = dir.filePath(QStringLiteral("choice.txt"));
     const QString pick = dir.filePath(QStringLiteral("pick.sh"));
+    const auto choose = [&](const QByteArray& entry) {
+        QFile file(choice);
+        return file.open(QIODevice::WriteOnly) && file.write(entry) == entry.size();
+    };
     QFile script(pick);
     ASSERT_TRUE(script.open(QIODevice::WriteOnly));
-    script.write(QStringLiteral("#!/bin/sh\ncat > '%1'\ngrep 'Copy for AI' '%1' | head -n 1\n")
-                     .arg(menu)
+    script.write(QStringLiteral("#!/bin/sh\ncat > '%1'\ngrep \"$(cat '%2')\" '%1' | head -n 1\n")
+                     .arg(menu, choice)
                      .toUtf8());
     script.close();
     script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     startDunst("    dmenu = " + pick.toUtf8());
     QStringList asked;
+    QStringList redeploys;
     notifier->setReportHandler([&asked](const QString& id) { asked.append(id); });
+    notifier->setRedeployHandler([&redeploys](const QString& id) { redeploys.append(id); });
 
-    FailureNotification withReport = failure(QStringLiteral("dpl_8Fq2"), dashboard);
-    withReport.offersReport = true;
-    ASSERT_NE(post(withReport), 0u);
+    FailureNotification withButtons = failure(QStringLiteral("dpl_8Fq2"), dashboard);
+    withButtons.offersReport = true;
+    withButtons.offersRedeploy = true;
+    ASSERT_TRUE(choose("Copy for AI"));
+    ASSERT_NE(post(withButtons), 0u);
     ASSERT_TRUE(waitUntil([&] { return dunst().displayed() == 1; }));
     ASSERT_TRUE(dunst().openContextMenu());
-
     ASSERT_TRUE(waitUntil([&] { return !asked.isEmpty(); }));
     EXPECT_EQ(asked, QStringList{"dpl_8Fq2"});
-    EXPECT_TRUE(opened.isEmpty());
     QFile offered(menu);
     ASSERT_TRUE(offered.open(QIODevice::ReadOnly));
     const QString lines = QString::fromUtf8(offered.readAll());
     EXPECT_TRUE(lines.contains("Open deployment")) << lines.toStdString();
     EXPECT_TRUE(lines.contains("Copy for AI"));
+    EXPECT_TRUE(lines.contains("Redeploy"));
+
+    ASSERT_TRUE(dunst().closeAll());
+    ASSERT_TRUE(choose("Redeploy"));
+    withButtons.identifier = QStringLiteral("dpl_9Kz1");
+    ASSERT_NE(post(withButtons), 0u);
+    ASSERT_TRUE(waitUntil([&] { return dunst().displayed() == 1; }));
+    ASSERT_TRUE(dunst().openContextMenu());
+    ASSERT_TRUE(waitUntil([&] { return !redeploys.isEmpty(); }));
+    EXPECT_EQ(redeploys, QStringList{"dpl_9Kz1"});
+    EXPECT_EQ(asked.size(), 1);
+    EXPECT_TRUE(opened.isEmpty());
 }
 
 TEST_F(FreedesktopNotifierTest, AServerWithoutButtonsGetsOnlyTheClick) {
@@ -156,9 +175,11 @@ TEST_F(FreedesktopNotifierTest, AServerWithoutButtonsGetsOnlyTheClick) {
                                        QDBusConnection::ExportAllSlots));
     ASSERT_TRUE(serving.registerService(QStringLiteral("org.freedesktop.Notifications")));
     notifier->setReportHandler([](const QString&) {});
+    notifier->setRedeployHandler([](const QString&) {});
 
     FailureNotification withReport = failure(QStringLiteral("dpl_8Fq2"), dashboard);
     withReport.offersReport = true;
+    withReport.offersRedeploy = true;
     ASSERT_NE(post(withReport), 0u);
 
     ASSERT_EQ(server.requestedActions.size(), 1);
