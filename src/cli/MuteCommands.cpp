@@ -4,6 +4,7 @@
 #include "cli/CliCommand.h"
 #include "cli/CliEngine.h"
 #include "cli/EngineStart.h"
+#include "cli/ProjectLookup.h"
 #include "core/common/Language.h"
 
 #include <QRegularExpression>
@@ -72,36 +73,6 @@ void printMute(const QString& name, const ProjectMute& mute, const QDateTime& no
     cliOut() << name << Language::text(": ", " : ") << mutedText(mute, now) << '\n';
 }
 
-// The one project the token can see by that name or id; absent after saying why not.
-std::optional<ProjectRef> findProject(const AppState& state, const QString& wanted) {
-    QList<ProjectRef> found;
-    for (const ProjectRef& ref : state.availableProjects()) {
-        if (ref.name == wanted || ref.id == wanted)
-            found << ref;
-    }
-    if (found.size() == 1)
-        return found.first();
-    if (found.isEmpty()) {
-        cliErr() << "quillon-cli mute: "
-                 << Language::text("no project is named '%1'.", "aucun projet ne s'appelle '%1'.")
-                        .arg(wanted)
-                 << '\n';
-        if (state.lastError())
-            cliErr() << *state.lastError() << '\n';
-        return std::nullopt;
-    }
-    QStringList choices;
-    for (const ProjectRef& ref : found)
-        choices << ref.id + QStringLiteral(" (") + ref.scopeSlug + QLatin1Char(')');
-    cliErr() << "quillon-cli mute: "
-             << Language::text("several projects are named '%1': %2. Name one by its id.",
-                               "plusieurs projets s'appellent '%1' : %2. Nommez-en un par son "
-                               "identifiant.")
-                    .arg(wanted, choices.join(QStringLiteral(", ")))
-             << '\n';
-    return std::nullopt;
-}
-
 QCoro::Task<int> runMute(QStringList args) {
     if (args == QStringList{QStringLiteral("--help")}) {
         printUsage(muteCommand());
@@ -117,7 +88,8 @@ QCoro::Task<int> runMute(QStringList args) {
     // The account's projects, whatever QUILLON_DEMO says: the demo's are not kept.
     if (const int code = co_await startEngine(state, engine->platform.keychain, false); code != 0)
         co_return code;
-    const std::optional<ProjectRef> project = findProject(state, request->project);
+    const std::optional<ProjectRef> project =
+        findProject(state, request->project, QStringLiteral("mute"));
     if (!project)
         co_return kExitFailed;
     const QDateTime now = state.clock().now();

@@ -97,6 +97,8 @@ TEST_F(QuillonCliTest, UsageErrorsAndHelpSendNothing) {
         {{"token"}, env, 2, "see token --help"},
         {{"token", "set", cliToken}, env, 2, "see token --help"},
         {{"token", "set"}, env, 2, "no token on standard input", " \n\t\n"},
+        {{"redeploy", "--help"}, env, 0, "Usage: quillon-cli redeploy PROJECT [--yes]"},
+        {{"cancel", "api", "web", "--yes"}, env, 2, "name one project"},
     };
     for (const Case& c : cases) {
         const CliRun result = run(c.args, c.environment, c.input);
@@ -305,6 +307,66 @@ TEST_F(QuillonCliTest, ReportPrintsTheLatestDeploymentsReportOrSaysWhyNot) {
 }
 
 } // namespace
+
+// A terminal is asked first; a script must say --yes, and without it nothing is sent.
+TEST_F(QuillonCliTest, RedeployAndCancelAskAtATerminalAndNeedYesElsewhere) {
+    account.addTeam("team_acme", "acme");
+    account.addProject("", "p_web", "web");
+    account.addProject("team_acme", "p_api", "api");
+    account.addDeployment("", deployment("dpl_web1", "p_web", "BUILDING", 2));
+    QJsonObject failed = deployment("dpl_api1", "p_api", "ERROR", 10, 8);
+    failed.insert("target", "production");
+    account.addDeployment("team_acme", failed);
+    const auto writes = [&] {
+        QStringList sent;
+        for (const Request& request : server.requests()) {
+            if (request.method != "GET")
+                sent << request.method + ' ' + request.path + '?' + request.rawQuery;
+        }
+        return sent;
+    };
+    // At a terminal (script(1) gives the command one), answered "n" and then "y".
+    const auto atTerminal = [&](const char* command, const QByteArray& answer) {
+        const QString line = QStringLiteral(QUILLON_CLI_PATH) + ' ' + QString::fromLatin1(command);
+        return runCli({"-qec", line, "/dev/null"}, env, cliToken, answer, 0, "/usr/bin/script");
+    };
+
+    const CliRun refused = run({"redeploy", "api"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.err,
+              "quillon-cli redeploy: not at a terminal: add --yes to confirm. Nothing was sent.\n");
+    EXPECT_TRUE(server.requests().isEmpty());
+    const CliRun declined = atTerminal("cancel web", "n\n");
+    EXPECT_EQ(declined.exitCode, 1);
+    EXPECT_TRUE(declined.out.contains("Cancel the Preview deployment of web? Commit “Fix login” "
+                                      "(4f2a9c1) on main. [y/N]"))
+        << declined.out.toStdString();
+    EXPECT_TRUE(declined.out.contains("Nothing was sent."));
+    EXPECT_TRUE(writes().isEmpty());
+
+    const CliRun redeployed = run({"redeploy", "api", "--yes"});
+    EXPECT_EQ(redeployed.exitCode, 0) << redeployed.err.toStdString();
+    EXPECT_EQ(redeployed.out,
+              "api: redeploy started. dpl_redeploy1 https://dpl_redeploy1.vercel.app\n");
+    const CliRun canceled = atTerminal("cancel p_web", "y\n");
+    EXPECT_EQ(canceled.exitCode, 0) << canceled.out.toStdString();
+    EXPECT_TRUE(canceled.out.contains("web: build dpl_web1 canceled."))
+        << canceled.out.toStdString();
+    EXPECT_EQ(writes(), QStringList({"POST /v13/deployments?forceNew=1&teamId=team_acme",
+                                     "PATCH /v12/deployments/dpl_web1/cancel?"}));
+
+    // Refusals: nothing left to cancel, a team closed to writes; each says why and exits 1.
+    const CliRun nothing = run({"cancel", "web", "--yes"});
+    EXPECT_EQ(nothing.exitCode, 1);
+    EXPECT_EQ(nothing.err, "The latest deployment is not building: there is nothing to cancel.\n");
+    account.readOnlyTeams.insert("team_acme");
+    const CliRun forbidden = run({"cancel", "api", "--yes"});
+    EXPECT_EQ(forbidden.exitCode, 1);
+    EXPECT_EQ(forbidden.err, "Not allowed: this token may not change the deployments of this "
+                             "team or project.\n");
+    EXPECT_EQ(forbidden.out, "");
+    EXPECT_EQ(writes().size(), 3);
+}
 
 TEST_F(QuillonCliTest, MuteUnmuteAndMutesKeepTheMutesInThePreferences) {
     account.addTeam("team_1", "acme");
