@@ -317,6 +317,12 @@ TEST_F(QuillonCliTest, RedeployAndCancelAskAtATerminalAndNeedYesElsewhere) {
     QJsonObject failed = deployment("dpl_api1", "p_api", "ERROR", 10, 8);
     failed.insert("target", "production");
     account.addDeployment("team_acme", failed);
+    {
+        // api is not monitored: its latest deployment is asked of Vercel.
+        Preferences stored(home.filePath("config/quillon/preferences.json"));
+        stored.setStringList(PreferenceKeys::monitoredProjectIDs, {"p_web"});
+        stored.setBoolean(PreferenceKeys::projectsConfigured, true);
+    }
     const auto writes = [&] {
         QStringList sent;
         for (const Request& request : server.requests()) {
@@ -348,6 +354,12 @@ TEST_F(QuillonCliTest, RedeployAndCancelAskAtATerminalAndNeedYesElsewhere) {
     EXPECT_EQ(redeployed.exitCode, 0) << redeployed.err.toStdString();
     EXPECT_EQ(redeployed.out,
               "api: redeploy started. dpl_redeploy1 https://dpl_redeploy1.vercel.app\n");
+    const QList<Request> listed = server.requestsTo("/v6/deployments");
+    EXPECT_TRUE(std::any_of(listed.begin(), listed.end(), [](const Request& request) {
+        return request.queryItems() == QList<std::pair<QString, QString>>{{"limit", "1"},
+                                                                          {"projectId", "p_api"},
+                                                                          {"teamId", "team_acme"}};
+    }));
     const CliRun canceled = atTerminal("cancel p_web", "y\n");
     EXPECT_EQ(canceled.exitCode, 0) << canceled.out.toStdString();
     EXPECT_TRUE(canceled.out.contains("web: build dpl_web1 canceled."))
