@@ -3,6 +3,7 @@
 #include "core/demo/DemoDirector.h"
 #include "core/monitor/FailureNotificationText.h"
 #include "support/EngineFixture.h"
+#include "support/FrenchDesktop.h"
 #include "support/QtPrinters.h"
 
 #include <QJsonDocument>
@@ -72,6 +73,11 @@ TEST_F(DeploymentActionsTest, EachActionSendsItsOneRequestAndTheNextPassShowsIt)
               "Redeploy api to Production? Commit “Fix login” (4f2a9c1) on main.");
     EXPECT_EQ(s.actionConfirmation(DeploymentAction::cancel, web),
               "Cancel the Preview deployment of web? Commit “Fix login” (4f2a9c1) on main.");
+    {
+        FrenchDesktop french;
+        EXPECT_EQ(s.actionConfirmation(DeploymentAction::redeploy, api),
+                  "Redéployer api en production ? Commit « Fix login » (4f2a9c1) sur main.");
+    }
 
     QSignalSpy actions(&s, &AppState::actionsChanged);
     auto redeploying = s.redeploy(api);
@@ -171,6 +177,10 @@ TEST_F(DeploymentActionsTest, ARefusalSaysWhyAndChangesNothingElse) {
         EXPECT_EQ(problemOf(target.id), c.sentence);
         EXPECT_FALSE(s.isRefreshing()); // no pass asked for
         EXPECT_EQ(account.requestCount("/v6/deployments"), passRequests);
+    }
+    {
+        FrenchDesktop french; // the sentence follows the language when the row reads it
+        EXPECT_EQ(problemOf("p_api"), "Vercel a demandé à Quillon de ralentir. Réessayez à 15:02.");
     }
     EXPECT_EQ(QStringList({shown("web"), shown("api")}), before);
     EXPECT_TRUE(s.connection().isConnected());
