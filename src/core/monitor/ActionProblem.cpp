@@ -51,8 +51,7 @@ ActionProblem ActionProblem::from(DeploymentAction action, const RequestError& e
     const APIError* api = error.apiError();
     if (api == nullptr)
         return of(action, Kind::network);
-    ActionProblem problem{action, kindOf(action, *api), api->status(), api->retryAt()};
-    return problem;
+    return {action, kindOf(action, *api), api->status(), api->retryAt()};
 }
 
 QString ActionProblem::sentence() const {

@@ -91,7 +91,14 @@ TEST_F(DeploymentActionsTest, EachActionSendsItsOneRequestAndTheNextPassShowsIt)
         << shown("api").toStdString();
     EXPECT_TRUE(snapshot("api").latest->isProduction());
 
+    // One that succeeds while a pass runs, which may have read the scope before the change:
+    // another pass follows that one.
+    ASSERT_TRUE(waitUntil([&] { return !s.isRefreshing(); }));
+    auto pass = s.refresh();
     EXPECT_TRUE(QCoro::waitFor(s.cancelDeployment(web)));
+    QCoro::waitFor(std::move(pass));
+    const int afterPass = account.requestCount("/v6/deployments");
+    ASSERT_TRUE(waitUntil([&] { return account.requestCount("/v6/deployments") > afterPass; }));
     ASSERT_TRUE(waitUntil([&] { return shown("web") == "dpl_web1 Canceled"; }))
         << shown("web").toStdString();
     EXPECT_TRUE(s.canRedeploy(snapshot("web")));
