@@ -6,6 +6,7 @@
 #include "cli/EngineStart.h"
 #include "cli/ProjectLookup.h"
 #include "core/common/Language.h"
+#include "core/monitor/Clock.h"
 
 #include <QCoro/QCoroSignal>
 #include <QFile>
@@ -66,8 +67,12 @@ QCoro::Task<std::optional<ProjectSnapshot>> latestOf(const AppState& state, Proj
 QCoro::Task<bool> confirmed(const QString& question) {
     cliErr() << question << Language::text(" [y/N] ", " [o/N] ");
     cliErr().flush();
+    // Awaited through a signal of ours: QCoro's wrapper of `activated`, a private signal, binds
+    // a null reference.
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    co_await qCoro(&input, &QSocketNotifier::activated);
+    Cancellation typed;
+    QObject::connect(&input, &QSocketNotifier::activated, &typed, &Cancellation::cancel);
+    co_await qCoro(&typed, &Cancellation::cancelled);
     QFile in;
     if (!in.open(stdin, QIODevice::ReadOnly))
         co_return false;
