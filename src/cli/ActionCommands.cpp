@@ -80,6 +80,13 @@ QCoro::Task<bool> confirmed(const QString& question) {
     co_return QStringList{"y", "yes", "o", "oui"}.contains(answer);
 }
 
+// The pass a success asks for is let run to its end: a request still in flight when the process
+// ends would be cut off with the network session, and the waits on it left behind.
+QCoro::Task<> passesEnded(AppState& state) {
+    while (state.isRefreshing())
+        co_await qCoro(&state, &AppState::refreshingChanged);
+}
+
 QString doneSentence(DeploymentAction action, const ProjectSnapshot& snapshot,
                      const std::optional<VercelDeployment>& answered) {
     if (action == DeploymentAction::cancel)
@@ -145,6 +152,8 @@ QCoro::Task<int> runAction(DeploymentAction action, CliCommand command, QStringL
         co_return kExitFailed;
     }
     cliOut() << doneSentence(action, *snapshot, result.deployment) << '\n';
+    cliOut().flush();
+    co_await passesEnded(state);
     co_return 0;
 }
 
