@@ -185,6 +185,9 @@ TEST_F(ProjectRowTest, EachStatusOffersItsActionsOnTheLineAndInTheMenu) {
         QList<std::tuple<int, int, QString>> line; // wrapped lines: top, then left
         for (RowAction* a : {r.copyAction(), r.logAction(), r.redeployAction(), r.cancelAction()})
             if (a->isVisibleTo(&r)) {
+                // Inside the row, whose height was asked for before it took its width.
+                EXPECT_LE(a->geometry().bottom(), r.height() - ProjectRow::paddingY)
+                    << a->title().toStdString();
                 EXPECT_LE(a->geometry().right(), r.width() - ProjectRow::paddingX)
                     << a->title().toStdString();
                 line.append({a->y(), a->x(), a->title()});

@@ -216,7 +216,7 @@ void ProjectRow::redraw() {
     update();
 }
 
-ProjectRow::Metrics ProjectRow::metrics() const {
+ProjectRow::Metrics ProjectRow::metrics(std::optional<int> width) const {
     Metrics m;
     m.nameFont = font();
     setLayoutPixelSize(m.nameFont, nameSize);
@@ -236,7 +236,7 @@ ProjectRow::Metrics ProjectRow::metrics() const {
     const QFontMetricsF name(m.nameFont), badge(m.badgeFont), age(m.ageFont),
         description(m.descriptionFont);
     m.textLeft = paddingX + MiniPrism::frameSize.width() + emblemSpacing;
-    m.textRight = width() - paddingX;
+    m.textRight = width.value_or(this->width()) - paddingX;
     m.top = paddingY;
     m.baseline = m.top + name.ascent();
     m.titleHeight = name.height();
@@ -323,8 +323,9 @@ void ProjectRow::layoutChildren() {
                                ProgressLine::thickness);
 }
 
-int ProjectRow::heightForWidth(int) const {
-    const Metrics m = metrics();
+int ProjectRow::heightForWidth(int width) const {
+    // The action line and the sentences under it wrap at the width.
+    const Metrics m = metrics(width);
     // The emblem may reach lower than a short text column.
     const double bottom = std::max(m.bottom, paddingY + 0.5 + MiniPrism::frameSize.height());
     return static_cast<int>(std::ceil(bottom + paddingY));

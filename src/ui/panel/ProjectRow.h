@@ -125,7 +125,8 @@ protected:
 
 private:
     struct Metrics;
-    Metrics metrics() const;
+    // At the row's width, or at `width` when given.
+    Metrics metrics(std::optional<int> width = std::nullopt) const;
     QDateTime now() const;
     DeployStatus status() const;
     QColor statusColor() const;
