@@ -336,10 +336,12 @@ TEST_F(PanelViewTest, ARowAsksInsideItselfBeforeActingAndTellsHowTheRequestWent)
     EXPECT_TRUE(api->asking());
     QTest::mouseClick(question->keepButton(), Qt::LeftButton);
     EXPECT_FALSE(api->asking());
+    EXPECT_FALSE(state.actionState("p_api"));
     ASSERT_TRUE(waitUntil([&] { return panel.height() == restingHeight; }));
     api->redeployAction()->trigger();
     QTest::keyClick(api->confirmation(), Qt::Key_Escape);
     EXPECT_FALSE(api->asking());
+    EXPECT_FALSE(state.actionState("p_api")); // no request started
     EXPECT_TRUE(panel.isVisible());
     EXPECT_TRUE(writes().isEmpty());
     EXPECT_TRUE(opened.isEmpty());
