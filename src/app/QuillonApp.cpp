@@ -5,6 +5,7 @@
 #include "core/demo/DemoDirector.h"
 #include "core/monitor/StatusJson.h"
 #include "demo/DemoHotKeyBinding.h"
+#include "ui/common/ActionConfirmationWindow.h"
 #include "ui/panel/PanelPlacement.h"
 #include "ui/panel/PanelView.h"
 #include "ui/panel/PopupShield.h"
@@ -51,6 +52,14 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
             updater_.start(Preferences::standard());
     });
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
+    // The notification and the capsule take no keyboard: a window of its own asks first.
+    connect(&state_, &AppState::redeployRequested, this, [this](const ProjectSnapshot& snapshot) {
+        ActionConfirmationWindow::ask(state_, DeploymentAction::redeploy, snapshot);
+    });
+    connect(&live_, &LiveActivityController::cancelRequested, this,
+            [this](const ProjectSnapshot& snapshot) {
+                ActionConfirmationWindow::ask(state_, DeploymentAction::cancel, snapshot);
+            });
     connect(&tray_, &TrayIcon::menuRequested, this, &QuillonApp::openMenu);
 }
 

@@ -4,7 +4,9 @@
 #include "support/FakeVercelAccount.h"
 #include "support/LoopbackHttpServer.h"
 #include "support/WaitUntil.h"
+#include "ui/panel/InlineConfirmation.h"
 #include "ui/panel/ProjectRow.h"
+#include "ui/panel/RowAction.h"
 #include "ui/status/StatusPalette.h"
 
 #include <QApplication>
@@ -227,11 +229,17 @@ TEST_F(PanelViewTest, ARowsContextMenuMutesItsProjectAndTheMarkLastsAsLongAsTheM
                 shown << action->text() + (action->isEnabled() ? "" : " (disabled)");
         return shown;
     };
+    const auto pick = [](QMenu* menu, const QString& text) {
+        for (QAction* action : menu->actions())
+            if (action->text() == text)
+                action->trigger();
+    };
     QMenu* menu = openMenu();
     ASSERT_TRUE(menu);
-    EXPECT_EQ(texts(menu),
-              QStringList({"Mute for 1 hour", "Mute until tomorrow", "Mute until unmuted"}));
-    menu->actions().first()->trigger();
+    // The row's own actions come first: a live deployment's address.
+    EXPECT_EQ(texts(menu), QStringList({"Copy URL", "Mute for 1 hour", "Mute until tomorrow",
+                                        "Mute until unmuted"}));
+    pick(menu, "Mute for 1 hour");
     menu->close();
     ASSERT_TRUE(state.activeMute(id));
     EXPECT_EQ(state.activeMute(id)->name, row->snapshot().name);
@@ -247,8 +255,9 @@ TEST_F(PanelViewTest, ARowsContextMenuMutesItsProjectAndTheMarkLastsAsLongAsTheM
 
     menu = openMenu();
     ASSERT_TRUE(menu);
-    EXPECT_EQ(texts(menu), QStringList({"Muted until 16:00 (disabled)", "Unmute", "Mute for 1 hour",
-                                        "Mute until tomorrow", "Mute until unmuted"}));
+    EXPECT_EQ(texts(menu),
+              QStringList({"Copy URL", "Muted until 16:00 (disabled)", "Unmute", "Mute for 1 hour",
+                           "Mute until tomorrow", "Mute until unmuted"}));
     menu->close();
     clock.advance(std::chrono::hours(1));
     ASSERT_TRUE(waitUntil([&] { return !panel.rows().first()->mute(); }));
@@ -260,7 +269,103 @@ TEST_F(PanelViewTest, ARowsContextMenuMutesItsProjectAndTheMarkLastsAsLongAsTheM
     state.muteProject(id, "project-0", MuteLength::untilUnmuted);
     menu = openMenu();
     ASSERT_TRUE(menu);
-    menu->actions()[1]->trigger(); // Unmute
+    pick(menu, "Unmute");
     menu->close();
     EXPECT_FALSE(state.activeMute(id));
+}
+
+// Redeploy and cancel ask inside the row (the panel is a popup a window would close): kept with
+// the button or Escape, nothing is sent; confirmed, the row says "Redeploying…" while the request
+// runs and then why Vercel refused, or the next pass shows the canceled build. The panel follows
+// the row's height.
+TEST_F(PanelViewTest, ARowAsksInsideItselfBeforeActingAndTellsHowTheRequestWent) {
+    account.now = [this] { return clock.now(); };
+    account.addTeam("team_acme", "acme");
+    account.readOnlyTeams.insert("team_acme");
+    account.addProject("team_acme", "p_api", "api");
+    QJsonObject failed =
+        FakeVercelAccount::deployment("dpl_api1", "p_api", "ERROR", minutesAgo(10), minutesAgo(8));
+    failed.insert("target", "production");
+    account.addDeployment("team_acme", failed);
+    account.addProject("", "p_web", "web");
+    account.addDeployment(
+        "", FakeVercelAccount::deployment("dpl_web1", "p_web", "BUILDING", minutesAgo(2)));
+    PanelView panel(state, palette);
+    panel.show();
+    QCoro::waitFor(state.connect("tok_secret_123"));
+    ASSERT_TRUE(waitUntil([&] { return !state.isRefreshing(); }));
+    const auto rowOf = [&](const QString& name) -> ProjectRow* {
+        for (ProjectRow* row : panel.rows())
+            if (row->snapshot().name == name)
+                return row;
+        return nullptr;
+    };
+    const auto writes = [&] {
+        QStringList sent;
+        for (const LoopbackHttpServer::Request& request : server.requests())
+            if (request.method != "GET")
+                sent << QString::fromLatin1(request.method) + ' ' + request.path;
+        return sent;
+    };
+    ProjectRow* api = rowOf("api");
+    ASSERT_TRUE(api);
+    ASSERT_TRUE(
+        waitUntil([&] { return api->isVisible() && api->width() == PanelView::panelWidth; }));
+    QList<QUrl> opened;
+    api->setLinkOpener([&](const QUrl& url) { opened << url; });
+    const auto settled = [&] {
+        return api->height() == api->heightForWidth(api->width()) &&
+               panel.height() == panel.fittingHeight();
+    };
+    ASSERT_TRUE(waitUntil(settled));
+    const int restingHeight = panel.height();
+    const QString description = api->descriptionText();
+
+    QTest::mouseClick(api->redeployAction(), Qt::LeftButton);
+    ASSERT_EQ(api->asking(), DeploymentAction::redeploy);
+    InlineConfirmation* question = api->confirmation();
+    EXPECT_TRUE(question->isVisible());
+    EXPECT_EQ(question->question(),
+              "Redeploy api to Production? Commit “Fix login” (4f2a9c1) on main.");
+    EXPECT_EQ(question->confirmButton()->title(), "Redeploy");
+    EXPECT_EQ(question->keepButton()->title(), "Keep");
+    EXPECT_FALSE(api->redeployAction()->isVisible()); // the question takes the action line
+    // The question replaces the (wrapped) action line; the panel follows the row's new height.
+    ASSERT_TRUE(waitUntil([&] { return panel.height() != restingHeight && settled(); }));
+    QTest::mouseClick(question, Qt::LeftButton, {}, QPoint(4, 4)); // on the text: nothing
+    EXPECT_TRUE(api->asking());
+    QTest::mouseClick(question->keepButton(), Qt::LeftButton);
+    EXPECT_FALSE(api->asking());
+    EXPECT_FALSE(state.actionState("p_api"));
+    ASSERT_TRUE(waitUntil([&] { return panel.height() == restingHeight; }));
+    api->redeployAction()->trigger();
+    QTest::keyClick(api->confirmation(), Qt::Key_Escape);
+    EXPECT_FALSE(api->asking());
+    EXPECT_FALSE(state.actionState("p_api")); // no request started
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_TRUE(writes().isEmpty());
+    EXPECT_TRUE(opened.isEmpty());
+
+    // The team lets the token read but not deploy: the refusal's sentence, nothing else changes.
+    api->redeployAction()->trigger();
+    QTest::mouseClick(api->confirmation()->confirmButton(), Qt::LeftButton);
+    EXPECT_EQ(api->redeployAction()->title(), "Redeploying…");
+    ASSERT_TRUE(waitUntil([&] { return !api->problemText().isEmpty(); }));
+    EXPECT_EQ(api->problemText(),
+              "Not allowed: this token may not change the deployments of this team or project.");
+    EXPECT_EQ(api->redeployAction()->title(), "Redeploy");
+    EXPECT_EQ(api->descriptionText(), description);
+    EXPECT_EQ(writes(), QStringList{"POST /v13/deployments"});
+    ASSERT_TRUE(waitUntil([&] { return panel.height() > restingHeight; }));
+
+    ProjectRow* web = rowOf("web");
+    web->cancelAction()->trigger();
+    EXPECT_EQ(web->confirmation()->confirmButton()->title(), "Cancel build");
+    QTest::mouseClick(web->confirmation()->confirmButton(), Qt::LeftButton);
+    EXPECT_EQ(web->cancelAction()->title(), "Canceling…");
+    ASSERT_TRUE(
+        waitUntil([&] { return rowOf("web")->snapshot().status() == DeployStatus::canceled; }));
+    EXPECT_TRUE(rowOf("web")->redeployAction()->isVisible());
+    EXPECT_EQ(writes(),
+              QStringList({"POST /v13/deployments", "PATCH /v12/deployments/dpl_web1/cancel"}));
 }

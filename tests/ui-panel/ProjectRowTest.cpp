@@ -2,14 +2,17 @@
 #include "core/common/Language.h"
 #include "support/FakeDesktop.h"
 #include "support/WaitUntil.h"
+#include "ui/panel/InlineConfirmation.h"
 #include "ui/panel/LetterBleed.h"
 #include "ui/panel/MiniPrism.h"
+#include "ui/panel/PanelView.h"
 #include "ui/panel/ProgressLine.h"
 #include "ui/panel/ProjectRowTexts.h"
 #include "ui/panel/RowAction.h"
 #include "ui/status/StatusPalette.h"
 
 #include <QEnterEvent>
+#include <QMenu>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -116,7 +119,9 @@ protected:
     }
 };
 
-TEST_F(ProjectRowTest, FailedRowCopiesTheReportAndEachPressConfirmsForTwoSeconds) {
+// The report of a failure and the address of a live deployment: copied on a click only, each
+// press confirmed for two seconds.
+TEST_F(ProjectRowTest, CopiesHappenOnAClickOnlyAndEachPressConfirmsForTwoSeconds) {
     auto failed = row(Snap("ERROR").commit("Fix build").buildingAgo(100).readyAgo(17));
     RowAction* copy = failed->copyAction();
     ASSERT_TRUE(copy->isVisible());
@@ -144,6 +149,85 @@ TEST_F(ProjectRowTest, FailedRowCopiesTheReportAndEachPressConfirmsForTwoSeconds
     ASSERT_TRUE(waitUntil([&] { return clipboard.texts.size() == 3; }));
     clock.advance(1s); // the earlier press ends here
     EXPECT_FALSE(failed->isCopied());
+
+    // A live deployment offers its address while the pointer is over the row, and keeps saying
+    // "Copied" its two seconds after the pointer left.
+    ProjectSnapshot snap = Snap("READY").readyAgo(60);
+    snap.latest->url = "quillon-web-4f2a.vercel.app";
+    auto live = row(snap);
+    RowAction* url = live->copyURLAction();
+    EXPECT_FALSE(url->isVisible());
+    QEnterEvent enter(QPointF(200, 20), QPointF(200, 20), QPointF(200, 20));
+    QCoreApplication::sendEvent(live.get(), &enter);
+    ASSERT_TRUE(url->isVisible());
+    EXPECT_EQ(url->title(), "Copy URL");
+    EXPECT_EQ(url->symbol(), "link");
+    EXPECT_EQ(clipboard.texts.size(), 3); // showing it copies nothing
+    QTest::mouseClick(url, Qt::LeftButton);
+    ASSERT_EQ(clipboard.texts.size(), 4);
+    EXPECT_EQ(clipboard.texts.last(), "https://quillon-web-4f2a.vercel.app");
+    EXPECT_EQ(url->title(), "Copied");
+    EXPECT_EQ(url->symbol(), "checkmark");
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(live.get(), &leave);
+    clock.advance(1999ms);
+    EXPECT_TRUE(url->isVisible());
+    clock.advance(1ms);
+    EXPECT_FALSE(url->isVisible());
+    EXPECT_FALSE(live->isURLCopied());
+    EXPECT_TRUE(opened.isEmpty());
+}
+
+// Which actions a row offers on its line and in its context menu (before the mute choices), by
+// the state of its latest deployment; the French titles fit the panel's width too.
+TEST_F(ProjectRowTest, EachStatusOffersItsActionsOnTheLineAndInTheMenu) {
+    const auto offered = [](ProjectRow& r) {
+        QList<std::tuple<int, int, QString>> line; // wrapped lines: top, then left
+        for (RowAction* a : {r.copyAction(), r.logAction(), r.redeployAction(), r.cancelAction()})
+            if (a->isVisibleTo(&r)) {
+                // Inside the row, whose height was asked for before it took its width.
+                EXPECT_LE(a->geometry().bottom(), r.height() - ProjectRow::paddingY)
+                    << a->title().toStdString();
+                EXPECT_LE(a->geometry().right(), r.width() - ProjectRow::paddingX)
+                    << a->title().toStdString();
+                line.append({a->y(), a->x(), a->title()});
+            }
+        std::sort(line.begin(), line.end());
+        QStringList shown;
+        for (const auto& [y, x, title] : line)
+            shown << title;
+        QMenu menu;
+        r.fillContextMenu(menu);
+        QStringList items;
+        for (QAction* action : menu.actions())
+            if (!action->isSeparator())
+                items << action->text();
+        return shown.join(", ") + " | " + items.mid(0, items.size() - 3).join(", ");
+    };
+    ProjectSnapshot live = Snap("READY").readyAgo(60);
+    live.latest->url = "quillon-web-4f2a.vercel.app";
+    const std::vector<std::pair<ProjectSnapshot, QString>> cases{
+        {Snap("ERROR"), "Copy for AI, View log, Redeploy | Copy for AI, Redeploy…, View log"},
+        {Snap("CANCELED"), "Redeploy, View log | Redeploy…, View log"},
+        {Snap("QUEUED"), "Cancel | Cancel build…"},
+        {Snap("INITIALIZING"), "Cancel | Cancel build…"},
+        {Snap("BUILDING"), "Cancel | Cancel build…"},
+        {live, " | Copy URL"},
+        {Snap("READY"), " | "}, // no address: nothing to copy
+        {noDeployment(), " | "},
+    };
+    for (const auto& [snap, expected] : cases) {
+        auto r = row(snap, PanelView::panelWidth);
+        EXPECT_EQ(offered(*r), expected)
+            << snap.latest.value_or(VercelDeployment{}).readyState.value_or("none").toStdString();
+        EXPECT_FALSE(r->copyURLAction()->isVisible());
+    }
+    state.setLanguage("fr");
+    EXPECT_EQ(offered(*row(Snap("ERROR"), PanelView::panelWidth)),
+              "Copier pour l'IA, Voir les logs, Redéployer | Copier pour l'IA, Redéployer…, Voir "
+              "les logs");
+    EXPECT_EQ(offered(*row(Snap("BUILDING"), PanelView::panelWidth)),
+              "Annuler | Annuler le build…");
 }
 
 TEST_F(ProjectRowTest, ClickOpensTheDashboardUnlessNoLinkCanBeFormed) {

@@ -5,6 +5,7 @@
 #include "support/ScopedEnvironment.h"
 #include "support/TempPreferences.h"
 #include "support/WaitUntil.h"
+#include "ui/common/ActionConfirmationWindow.h"
 #include "ui/panel/ProgressLine.h"
 #include "ui/status/BeakedCapsule.h"
 #include "ui/status/CrossFade.h"
@@ -17,7 +18,11 @@
 #include "ui/status/StatusPalette.h"
 #include "ui/status/SwayWorkArea.h"
 
+#include <QAbstractButton>
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QMenu>
 #include <QScreen>
 #include <QTemporaryDir>
 #include <QTest>
@@ -522,4 +527,79 @@ TEST_F(CapsuleFollowingTheDemo, WhatMayNotInterruptStaysOutOfTheCapsuleButNotOut
     play(20s);
     ASSERT_EQ(notifications.posted.size(), 1);
     EXPECT_EQ(notifications.posted[0].title, "api: deployment failed");
+}
+
+// A right click on a capsule row: "Cancel build" while it runs, then a window of Quillon's own
+// asks first, since the capsule takes no keyboard; Escape keeps, the action's button cancels the
+// demo's build. A finished row offers only "Open in Vercel" (the demo's projects have no page).
+TEST_F(CapsuleFollowingTheDemo, ARowsMenuCancelsARunningBuildAfterTheWindowAsks) {
+    QObject::connect(&controller, &LiveActivityController::cancelRequested, &state,
+                     [this](const ProjectSnapshot& snapshot) {
+                         ActionConfirmationWindow::ask(state, DeploymentAction::cancel, snapshot);
+                     });
+    state.demo()->runScene(1); // my-saas builds
+    play(2s);
+    ASSERT_TRUE(controller.isVisible());
+    LiveActivityRow* row = controller.window()->view()->rows().first();
+    ASSERT_EQ(row->snapshot().name, "my-saas");
+    const auto openMenu = [&] {
+        QContextMenuEvent click(QContextMenuEvent::Mouse, QPoint(40, 20),
+                                row->mapToGlobal(QPoint(40, 20)));
+        QCoreApplication::sendEvent(row, &click);
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QStringList items;
+        for (QAction* action : menu ? menu->actions() : QList<QAction*>())
+            items << action->text() + (action->isEnabled() ? "" : " (disabled)");
+        return std::pair(menu, items);
+    };
+    auto [menu, items] = openMenu();
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(items, QStringList({"Cancel build", "Open in Vercel (disabled)"}));
+    menu->actions().first()->trigger();
+    menu->close();
+    const auto asking = [] {
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (auto* asked = qobject_cast<ActionConfirmationWindow*>(window);
+                asked && asked->isVisible())
+                return asked;
+        return static_cast<ActionConfirmationWindow*>(nullptr);
+    };
+    ActionConfirmationWindow* window = asking();
+    ASSERT_TRUE(window);
+    EXPECT_TRUE(window->text().startsWith("Cancel the Production deployment of my-saas?"))
+        << window->text().toStdString();
+    EXPECT_EQ(window->confirmButton()->text(), "Cancel build");
+    EXPECT_EQ(window->keepButton()->text(), "Keep");
+    EXPECT_TRUE(window->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    QTest::keyClick(window, Qt::Key_Escape);
+    ASSERT_TRUE(waitUntil([&] { return !asking(); }));
+    play(1s);
+    EXPECT_TRUE(isInProgress(state.snapshots().first().status()));
+
+    std::tie(menu, items) = openMenu();
+    ASSERT_TRUE(menu);
+    menu->actions().first()->trigger();
+    menu->close();
+    window = asking();
+    ASSERT_TRUE(window);
+    QTest::mouseClick(window->confirmButton(), Qt::LeftButton);
+    play(1s);
+    const auto mySaas = [&] {
+        for (const ProjectSnapshot& s : state.snapshots())
+            if (s.name == "my-saas")
+                return s.status();
+        return DeployStatus::unknown;
+    };
+    EXPECT_EQ(mySaas(), DeployStatus::canceled);
+
+    state.demo()->runScene(2); // api fails: a result row
+    for (int i = 0; i < 60 && controller.model().rows().value(0).status() != DeployStatus::error;
+         ++i)
+        play(500ms);
+    row = controller.window()->view()->rows().first();
+    ASSERT_EQ(row->snapshot().name, "api");
+    std::tie(menu, items) = openMenu();
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(items, QStringList({"Open in Vercel (disabled)"}));
+    menu->close();
 }

@@ -5,17 +5,22 @@
 #include "platform/ServiceModule.h"
 #include "screenshots/ScreenshotScene.h"
 #include "support/WaitUntil.h"
+#include "ui/common/ActionConfirmationWindow.h"
 #include "ui/panel/PanelView.h"
+#include "ui/panel/ProjectRow.h"
 #include "ui/settings/GeneralSettings.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/settings/VercelSettings.h"
+#include "ui/status/LiveActivityController.h"
 #include "ui/status/LiveActivityModel.h"
 #include "ui/status/LiveActivityView.h"
 
 #include <QApplication>
 #include <QCoro/QCoroTask>
 #include <QDir>
+#include <QEnterEvent>
 #include <QJsonArray>
+#include <QMenu>
 #include <QPainter>
 #include <QTabBar>
 #include <cstdio>
@@ -43,13 +48,34 @@ void settle() {
         QCoreApplication::processEvents();
 }
 
-void shootPanel(ScreenshotScene& scene, const QString& name) {
+// `act`, when given, does something to the shown panel first (a hover, a question).
+void shootPanel(ScreenshotScene& scene, const QString& name,
+                const std::function<void(PanelView&)>& act = {}) {
     PanelView panel(scene.state, scene.palette);
     panel.redraw();
     panel.resize(PanelView::panelWidth, panel.fittingHeight());
     panel.show();
     settle();
+    if (act) {
+        act(panel);
+        settle();
+        panel.resize(PanelView::panelWidth, panel.fittingHeight());
+        settle();
+    }
     save(panel.grab().toImage(), name);
+}
+
+ProjectRow* rowOf(PanelView& panel, const QString& name) {
+    for (ProjectRow* row : panel.rows())
+        if (row->snapshot().name == name)
+            return row;
+    return nullptr;
+}
+
+void hover(ProjectRow& row) {
+    const QPointF at(row.width() / 2.0, row.height() / 2.0);
+    QEnterEvent enter(at, at, row.mapToGlobal(at));
+    QCoreApplication::sendEvent(&row, &enter);
 }
 
 // Scenes whose work never finishes (a request left unanswered) stay alive until the end.
@@ -159,6 +185,103 @@ void shootMuted() {
     demo.state.muteProject(QStringLiteral("api"), QStringLiteral("api"), MuteLength::oneHour);
     settle();
     shootPanel(demo, QStringLiteral("panel-muted"));
+}
+
+// The demo with api failed and my-saas building: Redeploy beside Copy for AI and View log, Cancel
+// on the build, the question asked inside a row, Copy URL under the pointer and just after a click.
+void shootActions(const QString& language, const QString& suffix) {
+    const auto demoAt = [&](int scene, int halfSeconds) -> ScreenshotScene& {
+        ScreenshotScene& demo = newScene();
+        demo.state.setLanguage(language);
+        demo.state.start(true);
+        demo.state.demo()->runScene(scene);
+        for (int i = 0; i < halfSeconds; ++i)
+            demo.clock.advance(500ms);
+        return demo;
+    };
+    ScreenshotScene& failed = demoAt(2, 60);
+    failed.state.demo()->runScene(1);
+    failed.clock.advance(3s);
+    shootPanel(failed, "panel-actions" + suffix);
+    shootPanel(failed, "panel-redeploy-question" + suffix, [](PanelView& panel) {
+        if (ProjectRow* api = rowOf(panel, "api"))
+            api->ask(DeploymentAction::redeploy);
+    });
+    shootPanel(failed, "panel-cancel-question" + suffix, [](PanelView& panel) {
+        if (ProjectRow* saas = rowOf(panel, "my-saas"))
+            saas->ask(DeploymentAction::cancel);
+    });
+    ScreenshotScene& idle = demoAt(0, 2);
+    shootPanel(idle, "panel-copy-url" + suffix, [](PanelView& panel) {
+        if (ProjectRow* row = panel.rows().value(0))
+            hover(*row);
+    });
+    shootPanel(idle, "panel-url-copied" + suffix, [](PanelView& panel) {
+        if (ProjectRow* row = panel.rows().value(0)) {
+            hover(*row);
+            row->copyURL();
+        }
+    });
+}
+
+// A redeploy Vercel refused (the team lets the token read, not deploy): the row says why.
+void shootActionProblem() {
+    ScreenshotScene& scene = newScene();
+    scene.state.setLanguage(QStringLiteral("en"));
+    scene.account.now = [&scene] { return scene.clock.now(); };
+    scene.account.addTeam("team_acme", "acme");
+    scene.account.readOnlyTeams.insert("team_acme");
+    scene.account.addProject("team_acme", "p_api", "api");
+    QJsonObject failed = FakeVercelAccount::deployment("dpl_api1", "p_api", "ERROR",
+                                                       scene.minutesAgo(10), scene.minutesAgo(8));
+    failed.insert("target", "production");
+    scene.account.addDeployment("team_acme", failed);
+    addProjects(scene, 2);
+    connectScene(scene);
+    for (const ProjectSnapshot& snapshot : scene.state.snapshots())
+        if (snapshot.name == "api")
+            QCoro::waitFor(scene.state.redeploy(snapshot));
+    shootPanel(scene, "panel-action-problem");
+}
+
+// The window the notification's Redeploy and the capsule's Cancel build open, and the capsule's
+// row menu over a running build.
+void shootActionWindows() {
+    ScreenshotScene& demo = newScene();
+    demo.state.setLanguage(QStringLiteral("en"));
+    demo.state.start(true);
+    demo.state.demo()->runScene(1);
+    demo.clock.advance(3s);
+    const ProjectSnapshot building = demo.state.snapshots().first();
+    ActionConfirmationWindow* asked =
+        ActionConfirmationWindow::ask(demo.state, DeploymentAction::cancel, building);
+    settle();
+    save(asked->grab().toImage(), "action-window");
+    asked->close();
+
+    LiveActivityController controller(demo.palette, demo.clock);
+    controller.observe(demo.state);
+    QMenu menu;
+    controller.fillRowMenu(menu, building);
+    menu.adjustSize();
+    menu.show();
+    settle();
+    const QImage menuImage = menu.grab().toImage();
+    LiveActivityModel model;
+    model.setRows({building}, 0);
+    model.setBeakX(300);
+    LiveActivityView view(model, demo.palette, {}, &demo.clock);
+    view.resize(LiveActivityView::sizeFor(1));
+    view.show();
+    settle();
+    QImage image(view.size() + QSize(0, menuImage.height() / 2),
+                 QImage::Format_ARGB32_Premultiplied);
+    QPainter painter(&image);
+    painter.fillRect(image.rect(), QColor(0x5a, 0x6b, 0x85));
+    view.render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
+    painter.drawImage(QPoint(200, 100), menuImage);
+    painter.end();
+    save(image, "capsule-row-menu");
 }
 
 // A tab of Settings whole, as tall as its content (the window scrolls past 680 pixels).
@@ -290,6 +413,10 @@ int main(int argc, char** argv) {
     shootDemo("panel-failed-row", 2, 30, "en");
     shootDemo("panel-french", 2, 30, "fr");
     shootMuted();
+    shootActions(QStringLiteral("en"), QString());
+    shootActions(QStringLiteral("fr"), QStringLiteral("-fr"));
+    shootActionProblem();
+    shootActionWindows();
     shootSettingsTabs();
     shootCapsules();
     std::fflush(stdout);

@@ -150,6 +150,25 @@ void drawCheckmark(QPainter& p, const QRectF& in) {
     p.drawPath(path);
 }
 
+void drawXmark(QPainter& p, const QRectF& in) {
+    const QRectF m =
+        in.adjusted(in.width() * 0.1, in.height() * 0.1, -in.width() * 0.1, -in.height() * 0.1);
+    p.drawLine(m.topLeft(), m.bottomRight());
+    p.drawLine(m.topRight(), m.bottomLeft());
+}
+
+// Two rounded links of a chain, crossing on the diagonal.
+void drawLink(QPainter& p, const QRectF& in) {
+    const double w = in.width() * 0.34, l = in.width() * 0.62;
+    p.save();
+    p.translate(in.center());
+    p.rotate(-45);
+    p.setBrush(Qt::NoBrush);
+    p.drawRoundedRect(QRectF(-l + w * 0.3, -w / 2, l, w), w / 2, w / 2);
+    p.drawRoundedRect(QRectF(-w * 0.3, -w / 2, l, w), w / 2, w / 2);
+    p.restore();
+}
+
 void drawArrowUpRight(QPainter& p, const QRectF& in) {
     p.drawLine(in.bottomLeft(), in.topRight());
     p.drawLine(QPointF(in.left() + 0.3 * in.width(), in.top()), in.topRight());
@@ -237,6 +256,10 @@ void drawSymbol(QPainter& p, const QString& symbol, const QRectF& box, const QCo
         drawCheckmark(p, in);
     } else if (symbol == QLatin1String("arrow.up.right")) {
         drawArrowUpRight(p, in);
+    } else if (symbol == QLatin1String("xmark")) {
+        drawXmark(p, in);
+    } else if (symbol == QLatin1String("link")) {
+        drawLink(p, in);
     } else if (symbol == QLatin1String("doc.on.clipboard")) {
         drawClipboard(p, in, color);
     } else if (symbol == QLatin1String("power")) {
@@ -288,6 +311,8 @@ QString themeName(const QString& symbol) {
         {QStringLiteral("doc.on.clipboard"), QStringLiteral("edit-copy")},
         {QStringLiteral("checkmark"), QStringLiteral("object-select")},
         {QStringLiteral("arrow.up.right"), QStringLiteral("external-link")},
+        {QStringLiteral("xmark"), QStringLiteral("process-stop")},
+        {QStringLiteral("link"), QStringLiteral("insert-link")},
         {QStringLiteral("exclamationmark.triangle"), QStringLiteral("dialog-warning")},
         {QStringLiteral("key.horizontal"), QStringLiteral("dialog-password")},
         {QStringLiteral("square.stack.3d.up.slash"), QStringLiteral("folder")},

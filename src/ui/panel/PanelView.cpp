@@ -321,11 +321,23 @@ void PanelView::redraw() {
         updateRows();
     }
     updateFooter();
+    fitHeight();
+}
+
+void PanelView::fitHeight() {
     const int height = fittingHeight();
     if (height != this->height()) {
         resize(panelWidth, height);
         Q_EMIT contentResized();
     }
+}
+
+bool PanelView::event(QEvent* event) {
+    const bool handled = QWidget::event(event);
+    // A row changed its height on its own (a question, a problem): its layout asks ours again.
+    if (event->type() == QEvent::LayoutRequest)
+        fitHeight();
+    return handled;
 }
 
 void PanelView::updateHeader() {

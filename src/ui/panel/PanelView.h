@@ -76,6 +76,7 @@ Q_SIGNALS:
     void contentResized();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
@@ -88,6 +89,8 @@ private:
     void updateHeader();
     void updateNotices();
     void updateRefreshSpin();
+    // Follows the content's height: a row that asks a question or tells a problem grows.
+    void fitHeight();
     void setRefreshAngle(double angle);
     void openSettings();
     QWidget* makeCard(const QString& symbol, const QString& title, const QString& message,

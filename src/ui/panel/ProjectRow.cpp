@@ -5,6 +5,7 @@
 #include "core/monitor/AppState.h"
 #include "ui/common/MuteMenu.h"
 #include "ui/common/SymbolArt.h"
+#include "ui/panel/InlineConfirmation.h"
 #include "ui/panel/LetterBleed.h"
 #include "ui/panel/MiniPrism.h"
 #include "ui/panel/ProgressLine.h"
@@ -33,6 +34,8 @@ constexpr double titleSpacing = 6;
 constexpr double lineSpacing = 2;
 constexpr double actionsGap = 5;
 constexpr double actionSpacing = 6;
+constexpr double problemGap = 4;
+constexpr int problemFlags = Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap;
 constexpr double badgePadX = 5;
 constexpr double badgePadY = 2;
 constexpr double muteMarkSize = 13;
@@ -72,6 +75,10 @@ struct ProjectRow::Metrics {
     QFont nameFont, badgeFont, ageFont, descriptionFont;
     double textLeft = 0, textRight = 0, top = 0, baseline = 0;
     double titleHeight = 0, descriptionTop = 0, descriptionHeight = 0, actionsTop = 0;
+    // Under the description: the open question or the action line, then the problem sentence.
+    QRectF question, actions, problem;
+    QList<QRectF> places; // of the action line's capsules, wrapped when they do not fit
+    double bottom = 0;
     QRectF badge, age, muteMark;
     QString ageText;
 };
@@ -94,7 +101,8 @@ ProjectRow::ProjectRow(AppState& state, StatusPalette& palette, QWidget* parent)
       opener_([](const QUrl& url) { QDesktopServices::openUrl(url); }),
       emblem_(new FadingPrism(this)), bleed_(new LetterBleed(this)),
       progressLine_(new ProgressLine(this)), copy_(new RowAction(this)), log_(new RowAction(this)),
-      alive_(std::make_shared<Cancellation>()) {
+      redeploy_(new RowAction(this)), cancel_(new RowAction(this)), copyURL_(new RowAction(this)),
+      confirmation_(new InlineConfirmation(this)), alive_(std::make_shared<Cancellation>()) {
     setMouseTracking(true);
     setAttribute(Qt::WA_Hover);
     setCursor(Qt::PointingHandCursor);
@@ -106,6 +114,13 @@ ProjectRow::ProjectRow(AppState& state, StatusPalette& palette, QWidget* parent)
     progressLine_->setAttribute(Qt::WA_TransparentForMouseEvents);
     copy_->setAction([this] { copyForAI(); });
     log_->setAction([this] { openDashboard(); });
+    redeploy_->setAction([this] { ask(DeploymentAction::redeploy); });
+    cancel_->setAction([this] { ask(DeploymentAction::cancel); });
+    copyURL_->setAction([this] { copyURL(); });
+    confirmation_->hide();
+    QObject::connect(confirmation_, &InlineConfirmation::confirmed, this, &ProjectRow::confirm);
+    QObject::connect(confirmation_, &InlineConfirmation::kept, this, &ProjectRow::keep);
+    QObject::connect(&state_, &AppState::actionsChanged, this, [this] { applySnapshot(); });
     redrawTimer_.setInterval(idleRedrawMs);
     QObject::connect(&redrawTimer_, &QTimer::timeout, this, &ProjectRow::redraw);
     QObject::connect(&palette_, &StatusPalette::changed, this, [this] { applySnapshot(); });
@@ -180,29 +195,15 @@ void ProjectRow::applySnapshot() {
     mute_ = state_.activeMute(snap_.id);
     setToolTip(mute_ ? mutedText(*mute_, now()) : QString());
     const bool inProgress = isInProgress(status());
-    const bool failed = status() == DeployStatus::error;
     emblem_->setStatus(status());
     emblem_->setAccent(accent_);
     bleed_->setText(snap_.name);
     progressLine_->setColor(statusColor());
     progressLine_->setVisible(inProgress);
-    copy_->setTint(palette_.error());
-    copy_->setVisible(failed);
-    log_->setTint(std::nullopt);
-    log_->setVisible(failed);
-    applyCopied();
+    applyActions();
     redrawTimer_.setInterval(inProgress ? inProgressRedrawMs : idleRedrawMs);
     updateGeometry();
     redraw();
-}
-
-void ProjectRow::applyCopied() {
-    copy_->setTitle(copied_ ? Language::text("Copied", "Copié")
-                            : Language::text("Copy for AI", "Copier pour l'IA"));
-    copy_->setSymbol(copied_ ? QStringLiteral("checkmark") : QStringLiteral("doc.on.clipboard"));
-    log_->setTitle(Language::text("View log", "Voir les logs"));
-    log_->setSymbol(QStringLiteral("arrow.up.right"));
-    layoutChildren();
 }
 
 void ProjectRow::redraw() {
@@ -215,7 +216,7 @@ void ProjectRow::redraw() {
     update();
 }
 
-ProjectRow::Metrics ProjectRow::metrics() const {
+ProjectRow::Metrics ProjectRow::metrics(std::optional<int> width) const {
     Metrics m;
     m.nameFont = font();
     setLayoutPixelSize(m.nameFont, nameSize);
@@ -235,7 +236,7 @@ ProjectRow::Metrics ProjectRow::metrics() const {
     const QFontMetricsF name(m.nameFont), badge(m.badgeFont), age(m.ageFont),
         description(m.descriptionFont);
     m.textLeft = paddingX + MiniPrism::frameSize.width() + emblemSpacing;
-    m.textRight = width() - paddingX;
+    m.textRight = width.value_or(this->width()) - paddingX;
     m.top = paddingY;
     m.baseline = m.top + name.ascent();
     m.titleHeight = name.height();
@@ -254,6 +255,36 @@ ProjectRow::Metrics ProjectRow::metrics() const {
     m.descriptionTop = m.top + m.titleHeight + lineSpacing;
     m.descriptionHeight = description.height();
     m.actionsTop = m.descriptionTop + m.descriptionHeight + actionsGap;
+
+    const double column = std::max(0.0, m.textRight - m.textLeft);
+    m.bottom = m.descriptionTop + m.descriptionHeight;
+    if (asking_) {
+        m.question =
+            QRectF(m.textLeft, m.actionsTop, column, confirmation_->heightForWidth(int(column)));
+        m.bottom = m.question.bottom();
+    } else if (const QList<RowAction*> line = actionLine(); !line.isEmpty()) {
+        // French titles are longer: what does not fit goes on a second line.
+        double x = m.textLeft, y = m.actionsTop;
+        for (const RowAction* action : line) {
+            const QSizeF size = action->sizeHint();
+            if (x > m.textLeft && x + size.width() > m.textRight) {
+                x = m.textLeft;
+                y = m.places.last().bottom() + actionSpacing;
+            }
+            m.places << QRectF(QPointF(x, y), size);
+            x += size.width() + actionSpacing;
+        }
+        m.actions =
+            QRectF(m.textLeft, m.actionsTop, column, m.places.last().bottom() - m.actionsTop);
+        m.bottom = m.actions.bottom();
+    }
+    if (const QString problem = problemText(); !problem.isEmpty()) {
+        const double h = QFontMetricsF(m.descriptionFont)
+                             .boundingRect(QRectF(0, 0, column, 1e6), problemFlags, problem)
+                             .height();
+        m.problem = QRectF(m.textLeft, m.bottom + problemGap, column, h);
+        m.bottom = m.problem.bottom();
+    }
     return m;
 }
 
@@ -276,26 +307,27 @@ void ProjectRow::layoutChildren() {
     const QRectF frame = emblem_->frameRect();
     emblem_->move(qRound(paddingX - frame.x()), qRound(paddingY + 0.5 - frame.y()));
 
-    const QSize copySize = copy_->sizeHint(), logSize = log_->sizeHint();
-    const int rowHeight = std::max(copySize.height(), logSize.height());
-    const int top = qRound(m.actionsTop);
-    copy_->setGeometry(qRound(m.textLeft), top + (rowHeight - copySize.height()) / 2,
-                       copySize.width(), copySize.height());
-    log_->setGeometry(copy_->geometry().right() + 1 + qRound(actionSpacing),
-                      top + (rowHeight - logSize.height()) / 2, logSize.width(), logSize.height());
+    const QList<RowAction*> line = actionLine();
+    for (qsizetype i = 0; i < line.size() && i < m.places.size(); ++i)
+        line[i]->setGeometry(m.places[i].toRect());
+    if (asking_)
+        confirmation_->setGeometry(m.question.toAlignedRect());
+    // Over the end of the description line, which gives way to it.
+    const QSize url = copyURL_->sizeHint();
+    copyURL_->setGeometry(qRound(m.textRight) - url.width(),
+                          qRound(m.descriptionTop + (m.descriptionHeight - url.height()) / 2),
+                          url.width(), url.height());
 
     progressLine_->setGeometry(qRound(paddingX), height() - ProgressLine::thickness,
                                std::max(0, width() - 2 * qRound(paddingX)),
                                ProgressLine::thickness);
 }
 
-int ProjectRow::heightForWidth(int) const {
-    const Metrics m = metrics();
-    double bottom = m.descriptionTop + m.descriptionHeight;
-    if (status() == DeployStatus::error)
-        bottom = m.actionsTop + std::max(copy_->sizeHint().height(), log_->sizeHint().height());
+int ProjectRow::heightForWidth(int width) const {
+    // The action line and the sentences under it wrap at the width.
+    const Metrics m = metrics(width);
     // The emblem may reach lower than a short text column.
-    bottom = std::max(bottom, paddingY + 0.5 + MiniPrism::frameSize.height());
+    const double bottom = std::max(m.bottom, paddingY + 0.5 + MiniPrism::frameSize.height());
     return static_cast<int>(std::ceil(bottom + paddingY));
 }
 
@@ -349,10 +381,19 @@ void ProjectRow::paintEvent(QPaintEvent*) {
 
     p.setFont(m.descriptionFont);
     p.setPen(descriptionColor());
-    const QRectF line(m.textLeft, m.descriptionTop, m.textRight - m.textLeft, m.descriptionHeight);
+    double lineRight = m.textRight;
+    if (!copyURL_->isHidden())
+        lineRight = copyURL_->geometry().left() - actionSpacing;
+    const QRectF line(m.textLeft, m.descriptionTop, std::max(0.0, lineRight - m.textLeft),
+                      m.descriptionHeight);
     p.drawText(line, Qt::AlignLeft | Qt::AlignVCenter,
                QFontMetricsF(m.descriptionFont)
                    .elidedText(descriptionText(), Qt::ElideRight, line.width()));
+
+    if (!m.problem.isEmpty()) {
+        p.setPen(withAlpha(palette_.error(), 0.9));
+        p.drawText(m.problem, problemFlags, problemText());
+    }
 }
 
 void ProjectRow::resizeEvent(QResizeEvent* event) {
@@ -380,12 +421,14 @@ void ProjectRow::setPointer(QPointF pointer, bool hovering) {
 
 void ProjectRow::enterEvent(QEnterEvent* event) {
     setPointer(event->position(), true);
+    applyActions();
     QWidget::enterEvent(event);
 }
 
 void ProjectRow::leaveEvent(QEvent* event) {
     hovering_ = false; // the pointer keeps its last place
     bleed_->setActive(false);
+    applyActions();
     QWidget::leaveEvent(event);
 }
 
@@ -416,10 +459,6 @@ QRectF ProjectRow::muteMarkFrame() const {
     return mark;
 }
 
-void ProjectRow::fillContextMenu(QMenu& menu) {
-    addMuteActions(menu, state_, snap_.id, snap_.name);
-}
-
 void ProjectRow::contextMenuEvent(QContextMenuEvent* event) {
     event->accept();
     // Its actions hold the state, not the row; closed, it deletes itself.
@@ -432,24 +471,4 @@ void ProjectRow::contextMenuEvent(QContextMenuEvent* event) {
 void ProjectRow::openDashboard() {
     if (const std::optional<QUrl> url = snap_.dashboardURL(); url && opener_)
         opener_(*url);
-}
-
-void ProjectRow::copyForAI() {
-    confirmCopy(this, state_, snap_, alive_);
-}
-
-QCoro::Task<> ProjectRow::confirmCopy(QPointer<ProjectRow> self, AppState& state,
-                                      ProjectSnapshot snap, std::shared_ptr<Cancellation> token) {
-    Clock& clock = state.clock();
-    co_await state.copyFailureReport(std::move(snap));
-    if (!self)
-        co_return;
-    self->copied_ = true;
-    self->applyCopied();
-    co_await clock.sleep(copiedDuration, token);
-    // Each press clears the confirmation at its own end, also when cut short.
-    if (!self)
-        co_return;
-    self->copied_ = false;
-    self->applyCopied();
 }

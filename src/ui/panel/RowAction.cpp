@@ -40,6 +40,8 @@ void RowAction::setTitle(const QString& title) {
 }
 
 void RowAction::setSymbol(const QString& symbol) {
+    if (symbol_.isEmpty() != symbol.isEmpty())
+        updateGeometry();
     symbol_ = symbol;
     update();
 }
@@ -91,7 +93,8 @@ QFont RowAction::titleFont() const {
 
 QSize RowAction::sizeHint() const {
     const QFontMetricsF metrics(titleFont());
-    const double width = padX + symbolSize + spacing + metrics.horizontalAdvance(title_) + padX;
+    const double mark = symbol_.isEmpty() ? 0 : symbolSize + spacing;
+    const double width = padX + mark + metrics.horizontalAdvance(title_) + padX;
     const double height = std::max(symbolSize, metrics.height()) + 2 * padY;
     return {static_cast<int>(std::ceil(width)), static_cast<int>(std::ceil(height))};
 }
@@ -107,14 +110,17 @@ void RowAction::paintEvent(QPaintEvent*) {
     p.drawRoundedRect(capsule, radius, radius);
 
     const QColor content = contentColor();
-    const double top = (height() - symbolSize) / 2;
-    p.drawPixmap(
-        QPointF(padX, top),
-        SymbolArt::tinted(symbol_, content, static_cast<int>(symbolSize), devicePixelRatioF()));
+    double mark = 0;
+    if (!symbol_.isEmpty()) {
+        const double top = (height() - symbolSize) / 2;
+        p.drawPixmap(
+            QPointF(padX, top),
+            SymbolArt::tinted(symbol_, content, static_cast<int>(symbolSize), devicePixelRatioF()));
+        mark = symbolSize + spacing;
+    }
     p.setFont(titleFont());
     p.setPen(content);
-    const QRectF text(padX + symbolSize + spacing, 0, width() - padX * 2 - symbolSize - spacing,
-                      height());
+    const QRectF text(padX + mark, 0, width() - padX * 2 - mark, height());
     p.drawText(text, Qt::AlignLeft | Qt::AlignVCenter, title_);
 }
 

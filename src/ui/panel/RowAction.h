@@ -8,7 +8,7 @@
 
 class QTimer;
 
-// A small capsule button under a failed row: a symbol and a title in the tint (or soft white),
+// A small capsule button in a project row: a symbol and a title in the tint (or soft white),
 // on a faint fill of the same colour that brightens while hovered.
 class RowAction : public QWidget {
     Q_OBJECT
@@ -22,7 +22,8 @@ public:
 
     void setTitle(const QString& title);
     QString title() const { return title_; }
-    // A symbol name ("doc.on.clipboard", "checkmark", "arrow.up.right").
+    // A symbol name ("doc.on.clipboard", "checkmark", "arrow.up.right"); none draws the title
+    // alone.
     void setSymbol(const QString& symbol);
     QString symbol() const { return symbol_; }
     void setTint(std::optional<QColor> tint);

@@ -1,11 +1,13 @@
 #include "ui/status/LiveActivityController.h"
 
+#include "core/common/Language.h"
 #include "core/monitor/AppState.h"
 #include "ui/status/LiveActivityGeometry.h"
 #include "ui/status/LiveActivityWindow.h"
 #include "ui/status/UsableArea.h"
 #include "ui/status/WaylandSession.h"
 
+#include <QMenu>
 #include <algorithm>
 
 namespace G = LiveActivityGeometry;
@@ -40,6 +42,7 @@ LiveActivityController::~LiveActivityController() {
 
 void LiveActivityController::observe(AppState& state) {
     QPointer<AppState> source(&state);
+    state_ = source;
     setAdmission([source](const ProjectSnapshot& snapshot) {
         return !source || source->interrupts(snapshot);
     });
@@ -137,6 +140,11 @@ void LiveActivityController::show() {
             if (row < model_.rows().size())
                 tap(model_.rows().at(row));
         });
+        connect(window_.get(), &LiveActivityWindow::rowMenuRequested, this,
+                [this](int row, const QPoint& at) {
+                    if (row < model_.rows().size())
+                        openRowMenu(model_.rows().at(row), at);
+                });
     }
     const int rows = static_cast<int>(model_.rows().size());
     if (visible_) {
@@ -226,6 +234,34 @@ void LiveActivityController::beginPreview(const ProjectSnapshot& snapshot) {
 void LiveActivityController::endPreview() {
     previewing_ = false;
     hide();
+}
+
+void LiveActivityController::fillRowMenu(QMenu& menu, const ProjectSnapshot& snapshot) {
+    if (previewing_)
+        return;
+    if (state_ && state_->canCancel(snapshot)) {
+        const std::optional<ActionState> action = state_->actionState(snapshot.id);
+        QAction* cancel = menu.addAction(Language::text("Cancel build", "Annuler le build"));
+        cancel->setEnabled(!action || !action->running);
+        connect(cancel, &QAction::triggered, this,
+                [this, snapshot] { Q_EMIT cancelRequested(snapshot); });
+    }
+    QAction* open = menu.addAction(Language::text("Open in Vercel", "Ouvrir dans Vercel"));
+    open->setEnabled(snapshot.dashboardURL().has_value());
+    connect(open, &QAction::triggered, this, [this, snapshot] { tap(snapshot); });
+}
+
+void LiveActivityController::openRowMenu(const ProjectSnapshot& snapshot,
+                                         const QPoint& globalPosition) {
+    // Parentless: the capsule may hide (a result expires) while the menu is open.
+    auto* menu = new QMenu;
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    fillRowMenu(*menu, snapshot);
+    if (menu->isEmpty()) {
+        delete menu;
+        return;
+    }
+    menu->popup(globalPosition);
 }
 
 void LiveActivityController::tap(const ProjectSnapshot& snapshot) {

@@ -12,6 +12,7 @@
 
 class AppState;
 class LiveActivityWindow;
+class QMenu;
 class StatusPalette;
 
 // Decides which deployments the Live Activity capsule shows and for how long: every queued or
@@ -58,6 +59,11 @@ public:
 
     // A click on a row: opens the deployment (not during a preview), and hides in every case.
     void tap(const ProjectSnapshot& snapshot);
+    // A row's context menu: "Cancel build" while its deployment runs (asked through
+    // cancelRequested, since the capsule takes no keyboard), and "Open in Vercel" as a click does.
+    // Nothing during a preview.
+    void fillRowMenu(QMenu& menu, const ProjectSnapshot& snapshot);
+    void openRowMenu(const ProjectSnapshot& snapshot, const QPoint& globalPosition);
 
     const LiveActivityModel& model() const { return model_; }
     bool isVisible() const { return visible_; }
@@ -65,6 +71,10 @@ public:
     int launchRetries() const { return launchRetries_; }
     const QHash<QString, DeployStatus>& lastStatus() const { return lastStatus_; }
     LiveActivityWindow* window() const { return window_.get(); }
+
+Q_SIGNALS:
+    // "Cancel build" was picked in a row's menu: the shell asks for confirmation, then cancels.
+    void cancelRequested(const ProjectSnapshot& snapshot);
 
 private:
     struct Result {
@@ -89,6 +99,7 @@ private:
     LiveActivityModel model_;
     std::unique_ptr<LiveActivityWindow> window_;
     AnchorSource anchor_;
+    QPointer<AppState> state_;
     UrlOpener openUrl_;
     Admission admits_;
     QHash<QString, DeployStatus> lastStatus_;

@@ -6,6 +6,7 @@
 #include "ui/status/LiveActivityRowTexts.h"
 #include "ui/status/StatusPalette.h"
 
+#include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <cmath>
@@ -230,6 +231,11 @@ void LiveActivityRow::mousePressEvent(QMouseEvent* event) {
 }
 
 void LiveActivityRow::mouseReleaseEvent(QMouseEvent* event) {
-    if (rect().contains(event->position().toPoint()))
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
         Q_EMIT tapped();
+}
+
+void LiveActivityRow::contextMenuEvent(QContextMenuEvent* event) {
+    event->accept();
+    Q_EMIT menuRequested(event->globalPos());
 }

@@ -12,7 +12,8 @@ class StatusPalette;
 
 // One project in the Live Activity capsule, 380 × 62: the status emblem, the name (with the
 // count of projects left out, on the first row), a subtitle, the trailing status or running
-// time, and a progress line while the deployment runs. The whole row is one button.
+// time, and a progress line while the deployment runs. The whole row is one button; its context
+// menu (right click or the menu key) is the controller's.
 class LiveActivityRow : public QWidget {
     Q_OBJECT
 public:
@@ -44,11 +45,13 @@ public:
 
 Q_SIGNALS:
     void tapped();
+    void menuRequested(const QPoint& globalPosition);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:

@@ -114,6 +114,10 @@ void LiveActivityView::syncRows() {
                 onTap_(model_.rows()[index]);
             Q_EMIT rowTapped(index);
         });
+        connect(row, &LiveActivityRow::menuRequested, this, [this, index](const QPoint& at) {
+            if (index < model_.rows().size())
+                Q_EMIT rowMenuRequested(index, at);
+        });
         rows_.append(row);
     }
     const QDateTime now = rowClock();

@@ -54,6 +54,8 @@ public:
 Q_SIGNALS:
     // A click on the row at this index of the model's rows.
     void rowTapped(int row);
+    // A context menu asked for on the row at this index.
+    void rowMenuRequested(int row, const QPoint& globalPosition);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

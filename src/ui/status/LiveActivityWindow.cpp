@@ -43,6 +43,8 @@ LiveActivityWindow::LiveActivityWindow(const LiveActivityModel& model, const Sta
             finished();
     });
     connect(view_, &LiveActivityView::rowTapped, this, &LiveActivityWindow::rowTapped);
+    connect(view_, &LiveActivityView::rowMenuRequested, this,
+            &LiveActivityWindow::rowMenuRequested);
     // Above a bottom tray the window grows upwards: its bottom edge stays at the tray.
     connect(&resize_, &QVariantAnimation::valueChanged, this, [this] {
         if (bottomAnchored_)

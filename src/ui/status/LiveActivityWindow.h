@@ -42,6 +42,7 @@ public:
 Q_SIGNALS:
     // A click on the row at this index of the model's rows.
     void rowTapped(int row);
+    void rowMenuRequested(int row, const QPoint& globalPosition);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
