@@ -73,9 +73,11 @@ protected:
         auto running = [&]() -> QCoro::Task<> {
             outcome = co_await waitForDeployment(api, clock, request, observer);
         }();
-        while (!outcome) {
-            if (!waitUntil([&] { return outcome || clock.pendingSleepers() > 0; }, 10000)) {
-                ADD_FAILURE() << "the wait neither slept nor ended";
+        // A wait of 15 min at one look every 5 s takes a few hundred turns.
+        for (int turns = 0; !outcome; ++turns) {
+            if (turns > 1000 ||
+                !waitUntil([&] { return outcome || clock.pendingSleepers() > 0; }, 10000)) {
+                ADD_FAILURE() << "the wait neither ended nor slept as it should";
                 break;
             }
             if (!outcome)
@@ -105,7 +107,7 @@ TEST_F(DeploymentWaitTest, FollowsTheBuildEveryFiveSecondsUntilItIsLive) {
 
     const WaitOutcome outcome = wait();
 
-    EXPECT_EQ(outcome.end, WaitEnd::ready);
+    ASSERT_EQ(outcome.end, WaitEnd::ready) << outcome.message.toStdString();
     EXPECT_EQ(outcome.message, "https://dpl_1.vercel.app");
     EXPECT_EQ(told,
               (QStringList{"started p_web", "dpl_1 QUEUED", "dpl_1 BUILDING", "dpl_1 READY"}));
@@ -194,7 +196,7 @@ TEST_F(DeploymentWaitTest, AShortHashIsFoundOnTheSecondPage) {
         account.addDeployment("team_1", d);
     }
     const WaitOutcome found = wait("4F2A9C1");
-    EXPECT_EQ(found.end, WaitEnd::ready);
+    ASSERT_EQ(found.end, WaitEnd::ready) << found.message.toStdString();
     EXPECT_EQ(found.deployment->deploymentID(), "dpl_old");
     const auto queries = deploymentQueries();
     ASSERT_EQ(queries.size(), 2);
@@ -204,7 +206,9 @@ TEST_F(DeploymentWaitTest, AShortHashIsFoundOnTheSecondPage) {
     // Without a git link, a whole hash is matched the same way.
     account.linkProject("team_1", "p_web", QJsonObject{});
     server.clearRequests();
-    EXPECT_EQ(wait().deployment->deploymentID(), "dpl_old");
+    const WaitOutcome whole = wait();
+    ASSERT_EQ(whole.end, WaitEnd::ready) << whole.message.toStdString();
+    EXPECT_EQ(whole.deployment->deploymentID(), "dpl_old");
     EXPECT_EQ(deploymentQueries().size(), 2);
 }
 
