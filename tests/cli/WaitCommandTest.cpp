@@ -205,7 +205,12 @@ TEST_F(WaitCommandTest, TheProjectComesFromTheLinkedFolderOrTheGitRemote) {
     write(repo + "/.vercel/project.json", R"({"projectId": "p_api", "orgId": "team_1"})");
     EXPECT_EQ(run({}, repo + "/apps/web").out, "https://dpl_api.vercel.app\n");
     EXPECT_EQ(run({"--project", "web"}, repo).out, "https://dpl_web.vercel.app\n");
+    // A monorepo's app folder linked on its own comes before the root.
+    write(repo + "/apps/web/.vercel/project.json", R"({"projectId": "p_web", "orgId": "usr_1"})");
+    EXPECT_EQ(run({}, repo + "/apps/web").out, "https://dpl_web.vercel.app\n");
+    EXPECT_EQ(run({}, repo).out, "https://dpl_api.vercel.app\n");
     QFile::remove(repo + "/.vercel/project.json");
+    QFile::remove(repo + "/apps/web/.vercel/project.json");
 
     account.linkProject("", "p_other", github("shop"));
     const CliRun several = run({}, repo);
