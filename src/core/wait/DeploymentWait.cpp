@@ -100,9 +100,9 @@ private:
         if (!found)
             co_return failure(found.error(), retryAt);
         lastNote_.clear();
+        pages_ = 1; // after the first look, a new deployment can only come first
         if (!found.value())
             co_return std::nullopt;
-        pages_ = 1;
         const bool changed = !seen_ || stateText(*seen_) != stateText(*found.value());
         seen_ = *found.value();
         if (changed && observer_.changed)

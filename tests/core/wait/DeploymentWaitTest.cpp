@@ -202,6 +202,10 @@ TEST_F(DeploymentWaitTest, AShortHashIsFoundOnTheSecondPage) {
     ASSERT_EQ(queries.size(), 2);
     EXPECT_EQ(queries[0].size(), 3); // no meta- filter
     EXPECT_EQ(queries[1].last().first, "until");
+    // A commit not deployed yet: its first look reads back as far, the next ones a page each.
+    server.clearRequests();
+    EXPECT_EQ(wait("0123abc", 10s).end, WaitEnd::timedOut);
+    EXPECT_EQ(deploymentQueries().size(), 2 + 1);
 
     // Without a git link, a whole hash is matched the same way.
     account.linkProject("team_1", "p_web", QJsonObject{});
