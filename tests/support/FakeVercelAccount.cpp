@@ -149,7 +149,7 @@ Response FakeVercelAccount::answer(const QString& path, const Request& request) 
             return eventsAnswer(path);
         if (QList<Response>& next = upcoming[path]; !next.isEmpty())
             return next.takeFirst();
-        if (path.startsWith("/v13/deployments/"))
+        if (request.method == "GET" && path.startsWith("/v13/deployments/"))
             return deploymentAnswer(path, request);
         if (failEvery > 0 && ++served_ % failEvery == 0)
             return Response::vercelError(500, "internal_server_error",
