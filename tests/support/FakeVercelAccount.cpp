@@ -59,8 +59,9 @@ QJsonObject page(const QString& key, const QString& path, QJsonArray all, const 
         if (!name.startsWith(QLatin1String("meta-")))
             continue;
         const QString key = name.mid(5);
+        const QJsonValue wanted(value); // a structured binding cannot be captured before C++23
         items.removeIf([&](const QJsonObject& item) {
-            return item.value("meta").toObject().value(key) != QJsonValue(value);
+            return item.value("meta").toObject().value(key) != wanted;
         });
     }
     const QString limitText = queryValue(request, QLatin1StringView("limit"));
