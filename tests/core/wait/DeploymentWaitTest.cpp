@@ -70,9 +70,11 @@ protected:
         std::optional<WaitOutcome> outcome;
         const WaitRequest request{*CommitHash::parse(commit), std::move(hints), timeout};
         const VercelAPI api("tok_wait", server.baseUrl());
-        auto running = [&]() -> QCoro::Task<> {
+        // Named, so that what it captures outlives its frame.
+        const auto body = [&]() -> QCoro::Task<> {
             outcome = co_await waitForDeployment(api, clock, request, observer);
-        }();
+        };
+        auto running = body();
         // A wait of 15 min at one look every 5 s takes a few hundred turns.
         for (int turns = 0; !outcome; ++turns) {
             if (turns > 1000 ||
