@@ -99,6 +99,12 @@ TEST_F(QuillonCliTest, UsageErrorsAndHelpSendNothing) {
         {{"token", "set"}, env, 2, "no token on standard input", " \n\t\n"},
         {{"redeploy", "--help"}, env, 0, "Usage: quillon-cli redeploy PROJECT [--yes]"},
         {{"cancel", "api", "web", "--yes"}, env, 2, "name one project"},
+        {{"wait", "--help"}, env, 0, "--timeout DURATION"},
+        {{"wait", "--timeout", "0"}, env, 2, "--timeout takes a duration"},
+        {{"wait", "--commit", "4f2a9c"}, env, 2, "--commit takes a commit hash"},
+        {{"wait", "--project"}, env, 2, "--project takes"},
+        {{"wait", "--json", "web"}, env, 2, "unexpected argument 'web'"},
+        {{"wait", "--commit", "4f2a9c1"}, noToken, 2, "quillon-cli token set"},
     };
     for (const Case& c : cases) {
         const CliRun result = run(c.args, c.environment, c.input);
@@ -160,7 +166,8 @@ TEST_F(QuillonCliTest, ARejectedTokenEndsEveryCommandInTheUsersLanguage) {
     account.failures.insert("/v6/deployments", Response::vercelError(403, "forbidden", "no"));
     const QString sentence = QStringLiteral("Token rejected by Vercel. It is invalid or expired.");
     for (const QStringList& args : {QStringList{"user"}, QStringList{"deployments"},
-                                    QStringList{"watch"}, QStringList{"report", "api"}}) {
+                                    QStringList{"watch"}, QStringList{"report", "api"},
+                                    QStringList{"wait", "--commit", "4f2a9c1", "--project=a"}}) {
         const CliRun result = run(args);
         EXPECT_EQ(result.exitCode, 1) << args.join(' ').toStdString();
         EXPECT_EQ(result.out, "");

@@ -35,9 +35,11 @@ QProcessEnvironment isolatedCliEnvironment(const QString& token, const QString& 
 }
 
 CliRun runCli(const QStringList& args, const QProcessEnvironment& env, const QString& secret,
-              const QByteArray& input, int stopSignal, const QString& program) {
+              const QByteArray& input, int stopSignal, const QString& program,
+              const QString& workingDirectory) {
     QProcess process;
     process.setProcessEnvironment(env);
+    process.setWorkingDirectory(workingDirectory);
     QElapsedTimer clock;
     clock.start();
     process.start(program, args);

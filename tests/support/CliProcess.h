@@ -21,7 +21,9 @@ QProcessEnvironment isolatedCliEnvironment(const QString& token, const QString& 
                                            const QString& home);
 
 // Feeds `input` on standard input; `stopSignal`, when given, ends the child once it has printed
-// something. Whatever it prints is checked not to hold `secret`.
+// something. Whatever it prints is checked not to hold `secret`. The child runs in
+// `workingDirectory` when given, else in the test's.
 CliRun runCli(const QStringList& args, const QProcessEnvironment& env, const QString& secret,
               const QByteArray& input = {}, int stopSignal = 0,
-              const QString& program = QStringLiteral(QUILLON_CLI_PATH));
+              const QString& program = QStringLiteral(QUILLON_CLI_PATH),
+              const QString& workingDirectory = {});

@@ -54,6 +54,16 @@ QJsonObject page(const QString& key, const QString& path, QJsonArray all, const 
     const QString project = queryValue(request, QLatin1StringView("projectId"));
     if (!project.isEmpty())
         items.removeIf([&](const QJsonObject& item) { return item.value("projectId") != project; });
+    // meta-KEY=VALUE keeps the deployments whose meta holds exactly that text.
+    for (const auto& [name, value] : request.queryItems()) {
+        if (!name.startsWith(QLatin1String("meta-")))
+            continue;
+        const QString key = name.mid(5);
+        const QJsonValue wanted(value); // a structured binding cannot be captured before C++23
+        items.removeIf([&](const QJsonObject& item) {
+            return item.value("meta").toObject().value(key) != wanted;
+        });
+    }
     const QString limitText = queryValue(request, QLatin1StringView("limit"));
     const int limit = std::clamp(limitText.isEmpty() ? 20 : limitText.toInt(), 1, 100);
     QJsonArray kept;
@@ -138,8 +148,12 @@ Response FakeVercelAccount::answer(const QString& path, const Request& request) 
             return samlRefusal(team, team);
         if (path.startsWith("/v3/deployments/") && path.endsWith("/events"))
             return eventsAnswer(path);
+        if (QList<Response>& next = upcoming[path]; !next.isEmpty())
+            return next.takeFirst();
         if (request.method != "GET")
             return writeAnswer(path, request);
+        if (path.startsWith("/v13/deployments/"))
+            return deploymentAnswer(path, request);
         if (failEvery > 0 && ++served_ % failEvery == 0)
             return Response::vercelError(500, "internal_server_error",
                                          "An unexpected error occurred.");
@@ -213,6 +227,44 @@ Response FakeVercelAccount::cancelAnswer(const QString& scope, const QString& id
         return Response::json(body(found));
     }
     return Response::vercelError(404, "not_found", "Deployment not found");
+}
+
+Response FakeVercelAccount::deploymentAnswer(const QString& path, const Request& request) {
+    const QString id = path.mid(QStringLiteral("/v13/deployments/").size());
+    const QJsonObject found = singleDeployment(teamOf(request), id);
+    if (found.isEmpty())
+        return Response::vercelError(404, "not_found", "The deployment could not be found.");
+    return Response::json(body(found));
+}
+
+QJsonObject
+FakeVercelAccount::singleDeployment(const QString& scope, const QString& id,
+                                    const std::function<void(QJsonObject&)>& change) const {
+    for (const QJsonValue& listed : deployments.value(scope)) {
+        QJsonObject d = listed.toObject();
+        if (d.value("uid") != id)
+            continue;
+        d.insert("id", d.take("uid"));
+        d.insert("readyState", d.take("state"));
+        d.insert("inspectorUrl", QStringLiteral("https://vercel.com/ada/%1/%2")
+                                     .arg(d.value("name").toString(), id.mid(4)));
+        if (change)
+            change(d);
+        return d;
+    }
+    return {};
+}
+
+void FakeVercelAccount::linkProject(const QString& scope, const QString& id,
+                                    const QJsonObject& link) {
+    QJsonArray list = projects.value(scope);
+    for (QJsonValueRef value : list) {
+        QJsonObject project = value.toObject();
+        if (project.value("id") == id)
+            project.insert("link", link);
+        value = project;
+    }
+    projects.insert(scope, list);
 }
 
 Response FakeVercelAccount::listAnswer(const QString& path, const Request& request) {

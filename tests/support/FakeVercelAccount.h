@@ -15,7 +15,8 @@
 //
 // As untidy as a real account: lists come in pages ("limit", 20 when not given, at most 100;
 // "until" and pagination.next), newest first (projects by `updatedAt`, deployments by
-// `createdAt`, teams by `createdAt`); deployments can be asked for by "since" and "projectId";
+// `createdAt`, teams by `createdAt`); deployments can be asked for by "since", "projectId" and
+// "meta-KEY" filters, and one at a time from /v13/deployments/{id};
 // a team may require a SAML sign-in; and a rate limit may hold every request to so many a minute.
 class FakeVercelAccount {
 public:
@@ -51,6 +52,9 @@ public:
     // with 403: the token may read them but not deploy.
     QSet<QString> readOnlyTeams;
     std::function<QDateTime()> now = &QDateTime::currentDateTime;
+    // Path → answers for its next requests, one each, before the normal answer comes back (a
+    // 429 during a wait, the states a build goes through).
+    QMap<QString, QList<LoopbackHttpServer::Response>> upcoming;
 
     void addTeam(const QString& id, const QString& slug);
     // A team that requires a SAML sign-in: listed as `limited`, and closed to every request.
@@ -65,6 +69,12 @@ public:
     void removeDeployment(const QString& scope, const QString& id);
     // The project goes, and its deployments with it, as on Vercel.
     void removeProject(const QString& scope, const QString& id);
+    // The git repository the project deploys from, as /v9/projects shows it under `link`.
+    void linkProject(const QString& scope, const QString& id, const QJsonObject& link);
+    // The deployment with this uid as GET /v13/deployments/{id} answers it: `id` rather than
+    // `uid`, `readyState` rather than `state`, changed by `change`.
+    QJsonObject singleDeployment(const QString& scope, const QString& id,
+                                 const std::function<void(QJsonObject&)>& change = {}) const;
 
     int requestCount(const QString& path) const;
     // Requests answered 429 so far.
@@ -88,6 +98,8 @@ private:
     LoopbackHttpServer::Response redeployAnswer(const QString& scope,
                                                 const LoopbackHttpServer::Request& request);
     LoopbackHttpServer::Response cancelAnswer(const QString& scope, const QString& id);
+    LoopbackHttpServer::Response deploymentAnswer(const QString& path,
+                                                  const LoopbackHttpServer::Request& request);
     QJsonArray listedProjects(const QString& scope) const;
     // Counts the request against the rate limit: the 429 when over it, and the headers to add.
     std::optional<LoopbackHttpServer::Response> pace(QList<LoopbackHttpServer::Header>& headers);

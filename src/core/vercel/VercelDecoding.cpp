@@ -143,16 +143,27 @@ template <typename V> bool readCreator(const std::optional<V>& v, std::optional<
     return optional(uid, out);
 }
 
+// A member that only explains something: its text whatever its kind, absent when it has none.
+template <typename V> void lenientText(const std::optional<V>& v, std::optional<QString>& out) {
+    JSONScalar scalar;
+    if (v)
+        read(*v, scalar);
+    out = std::move(scalar.string);
+}
+
 template <typename V> bool read(const V& v, VercelDeployment& out) {
     if (!v.isObject())
         return false;
-    static constexpr std::array<std::string_view, 16> keys{
-        "id",           "uid",        "name",   "projectId", "url",
-        "inspectorUrl", "readyState", "state",  "createdAt", "created",
-        "buildingAt",   "ready",      "target", "meta",      "readyStateReason",
-        "creator"};
+    static constexpr std::array<std::string_view, 18> keys{
+        "id",           "uid",          "name",     "projectId", "url",
+        "inspectorUrl", "readyState",   "state",    "createdAt", "created",
+        "buildingAt",   "ready",        "target",   "meta",      "readyStateReason",
+        "creator",      "errorMessage", "errorLink"};
     const auto [id, uid, name, projectId, url, inspectorUrl, readyState, state, createdAt, created,
-                buildingAt, ready, target, meta, readyStateReason, creator] = members(v, keys);
+                buildingAt, ready, target, meta, readyStateReason, creator, errorMessage,
+                errorLink] = members(v, keys);
+    lenientText(errorMessage, out.errorMessage);
+    lenientText(errorLink, out.errorLink);
     return optional(id, out.id) && optional(uid, out.uid) && optional(name, out.name) &&
            optional(projectId, out.projectId) && optional(url, out.url) &&
            optional(inspectorUrl, out.inspectorUrl) && optional(readyState, out.readyState) &&
@@ -162,11 +173,33 @@ template <typename V> bool read(const V& v, VercelDeployment& out) {
            optional(readyStateReason, out.readyStateReason) && readCreator(creator, out.creatorUid);
 }
 
+// Never fails: see VercelGitLink.
+template <typename V> void readLink(const std::optional<V>& v, std::optional<VercelGitLink>& out) {
+    out.reset();
+    if (!v || !v->isObject())
+        return;
+    static constexpr std::array<std::string_view, 8> keys{
+        "type", "org", "repo", "projectNamespace", "projectName", "projectUrl", "owner", "slug"};
+    const auto [type, org, repo, projectNamespace, projectName, projectUrl, owner, slug] =
+        members(*v, keys);
+    VercelGitLink& link = out.emplace();
+    lenientText(type, link.type);
+    lenientText(org, link.org);
+    lenientText(repo, link.repo);
+    lenientText(projectNamespace, link.projectNamespace);
+    lenientText(projectName, link.projectName);
+    lenientText(projectUrl, link.projectUrl);
+    lenientText(owner, link.owner);
+    lenientText(slug, link.slug);
+}
+
 template <typename V> bool read(const V& v, VercelProject& out) {
     if (!v.isObject())
         return false;
-    static constexpr std::array<std::string_view, 3> keys{"id", "name", "latestDeployments"};
-    const auto [id, name, latestDeployments] = members(v, keys);
+    static constexpr std::array<std::string_view, 4> keys{"id", "name", "latestDeployments",
+                                                          "link"};
+    const auto [id, name, latestDeployments, link] = members(v, keys);
+    readLink(link, out.link);
     return required(id, out.id) && required(name, out.name) &&
            optional(latestDeployments, out.latestDeployments);
 }
@@ -321,12 +354,13 @@ template <> std::optional<TokenInfoResponse> decodeResponse(const QByteArray& bo
     return decodeEnvelope(body, "token", &TokenInfoResponse::token);
 }
 
+template <> std::optional<VercelDeployment> decodeResponse(const QByteArray& body) {
+    return decodeBody<VercelDeployment>(
+        body, [](const auto& top, VercelDeployment& deployment) { return read(top, deployment); });
+}
+
 template <> std::optional<BuildEventList> decodeResponse(const QByteArray& body) {
     return decodeBody<BuildEventList>(
         body, [](const auto& top, BuildEventList& events) { return readEvents(top, events); });
 }
 
-template <> std::optional<VercelDeployment> decodeResponse(const QByteArray& body) {
-    return decodeBody<VercelDeployment>(
-        body, [](const auto& top, VercelDeployment& deployment) { return read(top, deployment); });
-}

@@ -15,5 +15,5 @@ template <> std::optional<TeamsResponse> decodeResponse(const QByteArray& body);
 template <> std::optional<UserResponse> decodeResponse(const QByteArray& body);
 template <> std::optional<TokenInfoResponse> decodeResponse(const QByteArray& body);
 template <> std::optional<BuildEventList> decodeResponse(const QByteArray& body);
-// One deployment, as the write endpoints answer it.
+// One deployment as /v13/deployments/{id} and the write endpoints answer it: the bare object.
 template <> std::optional<VercelDeployment> decodeResponse(const QByteArray& body);

@@ -80,12 +80,16 @@ std::optional<QString> VercelDeployment::branch() const {
 }
 
 std::optional<QString> VercelDeployment::shortSHA() const {
-    const std::optional<QString> sha =
-        metaText(*this, {QLatin1StringView("githubCommitSha"), QLatin1StringView("gitlabCommitSha"),
-                         QLatin1StringView("bitbucketCommitSha")});
+    const std::optional<QString> sha = commitSHA();
     if (!sha)
         return std::nullopt;
     return sha->left(7);
+}
+
+std::optional<QString> VercelDeployment::commitSHA() const {
+    return metaText(*this,
+                    {QLatin1StringView("githubCommitSha"), QLatin1StringView("gitlabCommitSha"),
+                     QLatin1StringView("bitbucketCommitSha")});
 }
 
 std::optional<QString> VercelDeployment::commitTitle() const {

@@ -32,6 +32,10 @@ struct VercelDeployment {
     std::optional<QMap<QString, JSONScalar>> meta;
     std::optional<QString> readyStateReason; // why Vercel blocked it, in Vercel's words
     std::optional<QString> creatorUid;       // creator.uid: the Vercel user who started it
+    // Why it ended as it did, in Vercel's words: a canceled build's `errorMessage` and
+    // `errorLink` tell an Ignored Build Step apart. Read as text whatever their JSON kind.
+    std::optional<QString> errorMessage = std::nullopt;
+    std::optional<QString> errorLink = std::nullopt;
 
     // Derived values.
     DeployStatus status() const; // readyState, else state, upper-cased
@@ -40,16 +44,33 @@ struct VercelDeployment {
     QString deploymentID() const;                // id, else uid, else ""
     std::optional<QString> branch() const;       // github/gitlab/bitbucket CommitRef
     std::optional<QString> shortSHA() const;     // first 7 characters of the commit hash
+    std::optional<QString> commitSHA() const;    // github/gitlab/bitbucket CommitSha, whole
     std::optional<QString> commitTitle() const;  // first non-empty line of the message
     std::optional<double> startedAt() const;     // ms: buildingAt, else createdAt, else created
     std::optional<double> buildDuration() const; // seconds from start to ready, at least 0
     bool isProduction() const;                   // target is exactly "production"
 };
 
+// The git repository a project deploys from (`link`), by provider: GitHub's `org` and `repo`,
+// GitLab's `projectNamespace`, `projectName` and `projectUrl`, Bitbucket's `owner` and `slug`.
+// Only `wait` reads it, so its members are read as text whatever their kind, and a link that is
+// not an object counts as none: an odd link never costs the tray its project list.
+struct VercelGitLink {
+    std::optional<QString> type; // "github", "github-limited", "github-custom-host", "gitlab", …
+    std::optional<QString> org;
+    std::optional<QString> repo;
+    std::optional<QString> projectNamespace;
+    std::optional<QString> projectName;
+    std::optional<QString> projectUrl;
+    std::optional<QString> owner;
+    std::optional<QString> slug;
+};
+
 struct VercelProject {
     QString id;
     QString name;
     std::optional<QList<VercelDeployment>> latestDeployments;
+    std::optional<VercelGitLink> link = std::nullopt;
 };
 
 struct VercelTeam {

@@ -242,6 +242,56 @@ TEST(VercelDecoding, LimitedTeamsAndBlockedDeploymentsSayWhy) {
     EXPECT_EQ(blocked->deployments[0].status(), DeployStatus::blocked);
 }
 
+// What only `wait` reads, a project's git link and a cancel's reason, never costs a page: read
+// as text whatever its kind. A single deployment comes bare, and is held to the usual rules.
+TEST(VercelDecoding, LinksAndCancelReasonsAreReadWhateverTheirKind) {
+    const auto projects = decodeResponse<ProjectsResponse>(R"({"projects": [
+      {"id": "p_1", "name": "shop", "link": {"type": "github", "org": "acme", "repo": "shop",
+       "repoId": 583920117, "repoOwnerId": 99, "gitCredentialId": "cred_1", "sourceless": true,
+       "deployHooks": [], "productionBranch": "main", "createdAt": 1700000000000}},
+      {"id": "p_2", "name": "lab", "link": {"type": "gitlab", "projectNamespace": "group/sub",
+       "projectName": "Lab", "projectUrl": "https://gitlab.com/group/sub/lab", "projectId": "77",
+       "projectOwnerId": 5}},
+      {"id": "p_3", "name": "odd", "link": {"type": ["github"], "org": 42, "repo": null}},
+      {"id": "p_4", "name": "flat", "link": "github.com/acme/flat"},
+      {"id": "p_5", "name": "none", "link": null}
+    ]})");
+    ASSERT_TRUE(projects);
+    const auto& listed = projects->projects;
+    ASSERT_EQ(listed.size(), 5);
+    EXPECT_EQ(listed[0].link->org, "acme");
+    EXPECT_EQ(listed[0].link->repo, "shop");
+    EXPECT_EQ(listed[1].link->projectUrl, "https://gitlab.com/group/sub/lab");
+    EXPECT_EQ(listed[1].link->projectNamespace, "group/sub");
+    ASSERT_TRUE(listed[2].link);
+    EXPECT_FALSE(listed[2].link->type);
+    EXPECT_EQ(listed[2].link->org, "42");
+    EXPECT_FALSE(listed[2].link->repo);
+    EXPECT_FALSE(listed[3].link);
+    EXPECT_FALSE(listed[4].link);
+
+    const auto canceled = decodeResponse<VercelDeployment>(R"({
+      "id": "dpl_c", "readyState": "CANCELED", "createdAt": 1740495809875,
+      "errorLink": "https://vercel.com/docs/platform/projects#ignored-build-step",
+      "errorMessage": "The Deployment has been canceled as a result of running the command defined in the \"Ignored Build Step\" setting.",
+      "errorCode": null, "gitSource": {"type": "github", "sha": "3ec275af"},
+      "meta": {"githubCommitSha": "3ec275af1698ba3482f4b7e50161fecbe880002e"}})");
+    ASSERT_TRUE(canceled);
+    EXPECT_EQ(canceled->deploymentID(), "dpl_c");
+    EXPECT_EQ(canceled->status(), DeployStatus::canceled);
+    EXPECT_EQ(canceled->errorLink, "https://vercel.com/docs/platform/projects#ignored-build-step");
+    EXPECT_TRUE(canceled->errorMessage.value_or("").contains("\"Ignored Build Step\""));
+    EXPECT_EQ(canceled->commitSHA(), "3ec275af1698ba3482f4b7e50161fecbe880002e");
+    EXPECT_EQ(canceled->shortSHA(), "3ec275a");
+    const auto oddReason = decodeResponse<DeploymentsResponse>(
+        R"({"deployments": [{"uid": "d", "errorMessage": {"text": "?"}, "errorLink": 7}]})");
+    ASSERT_TRUE(oddReason);
+    EXPECT_FALSE(oddReason->deployments[0].errorMessage);
+    EXPECT_EQ(oddReason->deployments[0].errorLink, "7");
+    EXPECT_FALSE(decodeResponse<VercelDeployment>(R"({"id": "d", "createdAt": "123"})"));
+    EXPECT_FALSE(decodeResponse<VercelDeployment>(R"([{"id": "d"}])"));
+}
+
 // The text a meta value gives, read back through the commit-hash key.
 TEST(JSONScalar, EveryJsonKindGivesTextOrNothing) {
     const QList<std::pair<const char*, std::optional<QString>>> cases{
