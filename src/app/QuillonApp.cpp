@@ -54,7 +54,8 @@ QuillonApp::QuillonApp(const QUrl& apiBase, const QString& executable, QObject* 
     connect(&tray_, &TrayIcon::clicked, this, &QuillonApp::openPanel);
     // The notification and the capsule take no keyboard: a window of its own asks first.
     connect(&state_, &AppState::redeployRequested, this, [this](const ProjectSnapshot& snapshot) {
-        ActionConfirmationWindow::ask(state_, DeploymentAction::redeploy, snapshot);
+        ActionConfirmationWindow::ask(state_, DeploymentAction::redeploy, snapshot,
+                                      services_.notifications.takeActivationToken());
     });
     connect(&live_, &LiveActivityController::cancelRequested, this,
             [this](const ProjectSnapshot& snapshot) {

@@ -18,6 +18,8 @@ constexpr int kCallTimeoutMs = 3000;
 FreedesktopNotifier::FreedesktopNotifier(QDBusConnection bus, UrlOpener opener, QObject* parent)
     : QObject(parent), bus_(std::move(bus)), opener_(std::move(opener)) {
     // Signals are matched by id, so clicks on other programs' notifications are ignored.
+    bus_.connect(kService, kPath, kInterface, QStringLiteral("ActivationToken"), this,
+                 SLOT(onActivationToken(uint, QString)));
     bus_.connect(kService, kPath, kInterface, QStringLiteral("ActionInvoked"), this,
                  SLOT(onActionInvoked(uint, QString)));
     bus_.connect(kService, kPath, kInterface, QStringLiteral("NotificationClosed"), this,
@@ -92,10 +94,16 @@ void FreedesktopNotifier::send(const FailureNotification& notification) {
             });
 }
 
+void FreedesktopNotifier::onActivationToken(uint id, const QString& token) {
+    if (shown_.contains(id))
+        tokens_.insert(id, token);
+}
+
 void FreedesktopNotifier::onActionInvoked(uint id, const QString& actionKey) {
     const auto found = shown_.constFind(id);
     if (found == shown_.constEnd())
         return;
+    activationToken_ = tokens_.take(id);
     const Shown shown = *found;
     if (actionKey == QLatin1String("default") || actionKey == QLatin1String("open")) {
         if (shown.url && shown.url->isValid() && opener_)
@@ -109,4 +117,5 @@ void FreedesktopNotifier::onActionInvoked(uint id, const QString& actionKey) {
 
 void FreedesktopNotifier::onNotificationClosed(uint id, uint /*reason*/) {
     shown_.remove(id);
+    tokens_.remove(id);
 }

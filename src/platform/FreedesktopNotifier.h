@@ -6,6 +6,7 @@
 #include <QObject>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include <QDBusConnection>
 
@@ -29,6 +30,10 @@ public:
         redeployHandler_ = std::move(handler);
     }
 
+    // The activation token the server sent with the latest button pressed, taken once: the window
+    // that the button opens shows under it, so the desktop brings it to the front.
+    QString takeActivationToken() { return std::exchange(activationToken_, QString()); }
+
     // Notifications this process posted that the server still shows.
     int pendingCount() const { return static_cast<int>(shown_.size()); }
 
@@ -37,6 +42,7 @@ Q_SIGNALS:
     void posted(uint id);
 
 private Q_SLOTS:
+    void onActivationToken(uint id, const QString& token);
     void onActionInvoked(uint id, const QString& actionKey);
     void onNotificationClosed(uint id, uint reason);
 
@@ -55,6 +61,9 @@ private:
     std::function<void(const QString&)> reportHandler_;
     std::function<void(const QString&)> redeployHandler_;
     QHash<uint, Shown> shown_;
+    // Sent before ActionInvoked, for the same notification.
+    QHash<uint, QString> tokens_;
+    QString activationToken_;
     // Whether the server shows buttons; asked once, before the first notification.
     std::optional<bool> serverHasActions_;
 };

@@ -7,6 +7,7 @@
 #include "support/desktop/DunstControl.h"
 #include "support/desktop/PrivateDesktop.h"
 
+#include <QDBusMessage>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -184,5 +185,47 @@ TEST_F(FreedesktopNotifierTest, AServerWithoutButtonsGetsOnlyTheClick) {
 
     ASSERT_EQ(server.requestedActions.size(), 1);
     EXPECT_EQ(server.requestedActions[0], QStringList({"default", "Open"}));
+    QDBusConnection::disconnectFromBus(name);
+}
+
+TEST_F(FreedesktopNotifierTest, AButtonsActivationTokenIsTakenOnceAndOnlyForItsNotification) {
+    PlainNotificationServer server;
+    server.capabilities << QStringLiteral("actions");
+    const QString name = QStringLiteral("token-server");
+    QDBusConnection serving = QDBusConnection::connectToBus(desktop.busAddress(), name);
+    ASSERT_TRUE(serving.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &server,
+                                       QDBusConnection::ExportAllSlots));
+    ASSERT_TRUE(serving.registerService(QStringLiteral("org.freedesktop.Notifications")));
+    QStringList redeploys;
+    notifier->setRedeployHandler(
+        [&](const QString& id) { redeploys.append(id + " " + notifier->takeActivationToken()); });
+    const auto emitSignal = [&](const QString& member, const QVariantList& arguments) {
+        QDBusMessage signal =
+            QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/Notifications"),
+                                       QStringLiteral("org.freedesktop.Notifications"), member);
+        signal.setArguments(arguments);
+        return serving.send(signal);
+    };
+
+    FailureNotification first = failure(QStringLiteral("dpl_8Fq2"), dashboard);
+    first.offersRedeploy = true;
+    FailureNotification second = first;
+    second.identifier = QStringLiteral("dpl_9Kz1");
+    const uint firstID = post(first), secondID = post(second);
+    ASSERT_EQ(server.requestedActions.size(), 2);
+    ASSERT_TRUE(server.requestedActions[0].contains(QStringLiteral("redeploy")));
+    // The server sends the token just before the button's action, for the same notification.
+    ASSERT_TRUE(emitSignal(QStringLiteral("ActivationToken"), {firstID, QStringLiteral("tok-1")}));
+    ASSERT_TRUE(emitSignal(QStringLiteral("ActionInvoked"), {firstID, QStringLiteral("redeploy")}));
+    ASSERT_TRUE(waitUntil([&] { return redeploys.size() == 1; }));
+    // Another notification's token is not this one's, and a token serves once.
+    ASSERT_TRUE(emitSignal(QStringLiteral("ActivationToken"), {secondID, QStringLiteral("tok-2")}));
+    ASSERT_TRUE(emitSignal(QStringLiteral("ActionInvoked"), {firstID, QStringLiteral("redeploy")}));
+    ASSERT_TRUE(waitUntil([&] { return redeploys.size() == 2; }));
+    ASSERT_TRUE(
+        emitSignal(QStringLiteral("ActionInvoked"), {secondID, QStringLiteral("redeploy")}));
+    ASSERT_TRUE(waitUntil([&] { return redeploys.size() == 3; }));
+    EXPECT_EQ(redeploys, QStringList({"dpl_8Fq2 tok-1", "dpl_8Fq2 ", "dpl_9Kz1 tok-2"}));
+    EXPECT_TRUE(notifier->takeActivationToken().isEmpty());
     QDBusConnection::disconnectFromBus(name);
 }

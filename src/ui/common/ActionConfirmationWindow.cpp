@@ -2,22 +2,24 @@
 
 #include "core/common/Language.h"
 #include "core/monitor/AppState.h"
+#include "ui/status/X11StartupNotification.h"
 
 #include <QApplication>
 #include <QPushButton>
 
 ActionConfirmationWindow* ActionConfirmationWindow::ask(AppState& state, DeploymentAction action,
-                                                        const ProjectSnapshot& snapshot) {
+                                                        const ProjectSnapshot& snapshot,
+                                                        const QString& activationToken) {
     for (QWidget* window : QApplication::topLevelWidgets()) {
         auto* open = qobject_cast<ActionConfirmationWindow*>(window);
         if (open && open->isVisible() && open->action_ == action &&
             open->snapshot_.id == snapshot.id) {
-            open->present();
+            open->present(activationToken);
             return open;
         }
     }
     auto* window = new ActionConfirmationWindow(state, action, snapshot);
-    window->present();
+    window->present(activationToken);
     return window;
 }
 
@@ -39,13 +41,17 @@ ActionConfirmationWindow::ActionConfirmationWindow(AppState& state, DeploymentAc
     connect(this, &QMessageBox::buttonClicked, this, &ActionConfirmationWindow::answer);
 }
 
-void ActionConfirmationWindow::present() {
+void ActionConfirmationWindow::present(const QString& activationToken) {
     // Above the capsule, which stays on top of ordinary windows. (QMessageBox sets its own flags
     // while it is built.)
     setWindowFlag(Qt::WindowStaysOnTopHint);
+    // The click happened in another program, so Quillon's own last input time is old and the
+    // window manager would leave the keyboard where it is; the click's token vouches for it.
+    markStartup(activationToken, *this);
     show();
     raise();
     activateWindow();
+    completeStartup(activationToken, *this);
 }
 
 void ActionConfirmationWindow::answer(QAbstractButton* button) {

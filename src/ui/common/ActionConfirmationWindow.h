@@ -18,8 +18,11 @@ class ActionConfirmationWindow : public QMessageBox {
     Q_OBJECT
 public:
     // Opens the question, or brings forward the one already open for that project and action.
+    // `activationToken`, when the click that asked came with one (a notification's button), lets
+    // the desktop hand the keyboard to the window despite its focus-stealing prevention.
     static ActionConfirmationWindow* ask(AppState& state, DeploymentAction action,
-                                         const ProjectSnapshot& snapshot);
+                                         const ProjectSnapshot& snapshot,
+                                         const QString& activationToken = {});
 
     DeploymentAction action() const { return action_; }
     const ProjectSnapshot& snapshot() const { return snapshot_; }
@@ -29,7 +32,7 @@ public:
 private:
     ActionConfirmationWindow(AppState& state, DeploymentAction action, ProjectSnapshot snapshot);
     void answer(QAbstractButton* button);
-    void present();
+    void present(const QString& activationToken);
 
     QPointer<AppState> state_;
     DeploymentAction action_;

@@ -15,6 +15,18 @@ QList<QByteArray> startupRemovePieces(const QString& id) {
     return pieces;
 }
 
+void markStartup(const QString& id, QWidget& window) {
+    xcb_connection_t* connection = x11Connection();
+    if (!connection || id.isEmpty())
+        return;
+    const QByteArray value = id.toUtf8();
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE,
+                        static_cast<xcb_window_t>(window.winId()),
+                        x11Atom(connection, "_NET_STARTUP_ID"), x11Atom(connection, "UTF8_STRING"),
+                        8, uint32_t(value.size()), value.constData());
+    xcb_flush(connection);
+}
+
 void completeStartup(const QString& id, const QWidget& sender) {
     const X11Screen x11 = x11Screen();
     if (!x11.connection || id.isEmpty())

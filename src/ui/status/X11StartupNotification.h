@@ -13,6 +13,11 @@
 // The message for `id`, in the 20-byte pieces of X client messages, the last ending in a NUL.
 QList<QByteArray> startupRemovePieces(const QString& id);
 
+// Names the launch `id` on `window` (_NET_STARTUP_ID) before it is shown: the window manager then
+// gives it the keyboard as it would to a window the user just launched. Does nothing without an
+// X11 connection or an id.
+void markStartup(const QString& id, QWidget& window);
+
 // Sends it to the root window on behalf of `sender`, one of Quillon's windows. Does nothing
 // without an X11 connection or an id.
 void completeStartup(const QString& id, const QWidget& sender);
