@@ -15,8 +15,14 @@ void printHelp(QTextStream& out) {
     QList<CliCommand> commands = CliCommand::all();
     std::sort(commands.begin(), commands.end(),
               [](const CliCommand& a, const CliCommand& b) { return a.usage < b.usage; });
-    for (const CliCommand& command : commands)
-        out << "  " << command.usage.leftJustified(30) << ' ' << command.summary << '\n';
+    // A usage too long for the column puts its summary on the next line, in the column.
+    constexpr int column = 30;
+    for (const CliCommand& command : commands) {
+        out << "  " << command.usage.leftJustified(column);
+        out << (command.usage.size() > column ? QString(QLatin1Char('\n')).leftJustified(column + 4)
+                                              : QStringLiteral(" "));
+        out << command.summary << '\n';
+    }
     out << "\nOptions:\n  --help      show this help\n  --version   show the version\n\n"
            "Environment:\n"
            "  VERCEL_TOKEN        access token (never given as an argument)\n"
