@@ -60,6 +60,10 @@ TEST(SleepResume, LogindResumeEndsTheSleepsThatFellDueWhileSuspended) {
 
     cancel->cancel();
     EXPECT_TRUE(waitUntil([&] { return longer.woke; }));
+
+    Sleeper late; // a wake time that passed before the sleep began: a deadline already gone
+    auto lateTask = late.run(clock, -5s, nullptr);
+    EXPECT_TRUE(waitUntil([&] { return late.woke; }));
     QDBusConnection::disconnectFromBus(QStringLiteral("fake-logind"));
 }
 

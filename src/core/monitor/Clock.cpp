@@ -2,6 +2,7 @@
 
 #include <QCoro/QCoroSignal>
 #include <QTimer>
+#include <algorithm>
 
 // Waits on a signal without arguments: QTimer::timeout carries a private tag that QCoro would
 // bind through a null reference. The timer and a cancellation both end the wait at once.
@@ -9,6 +10,9 @@ QCoro::Task<> SystemClock::sleep(std::chrono::milliseconds duration,
                                  std::shared_ptr<Cancellation> cancellation) {
     if (cancellation && cancellation->isCancelled())
         co_return;
+    // A wake time already passed ends the sleep at the next turn of the loop: Qt refuses a
+    // negative interval and would never fire.
+    duration = std::max(duration, std::chrono::milliseconds(0));
     Cancellation due;
     QTimer timer;
     timer.setSingleShot(true);
