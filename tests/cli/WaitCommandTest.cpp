@@ -2,6 +2,7 @@
 // the exit code and what goes to each stream, for every way a wait ends.
 #include "support/CliProcess.h"
 #include "support/FakeVercelAccount.h"
+#include "support/LocalCheckout.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>
@@ -57,31 +58,7 @@ protected:
         d.insert("meta", meta);
         return d;
     }
-
-    static void git(const QString& in, const QStringList& args) {
-        QProcess process;
-        process.setWorkingDirectory(in);
-        process.start("git", QStringList{"-c", "user.name=t", "-c", "user.email=t@t"} + args);
-        ASSERT_TRUE(process.waitForFinished());
-        ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    }
-
-    // The commit the repository in `in` has checked out.
-    static QString head(const QString& in) {
-        QProcess process;
-        process.setWorkingDirectory(in);
-        process.start("git", {"rev-parse", "HEAD"});
-        process.waitForFinished();
-        return QString::fromLatin1(process.readAllStandardOutput()).trimmed();
-    }
 };
-
-void write(const QString& path, const QByteArray& content) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
 
 } // namespace
 
@@ -182,10 +159,10 @@ TEST_F(WaitCommandTest, AShortHashIsFoundOnTheSecondPage) {
 TEST_F(WaitCommandTest, TheProjectComesFromTheLinkedFolderOrTheGitRemote) {
     QTemporaryDir checkout;
     const QString repo = checkout.path();
-    git(repo, {"init", "-q"});
-    git(repo, {"commit", "-q", "--allow-empty", "-m", "first"});
-    git(repo, {"remote", "add", "origin", "https://github.com/Acme/shop.git"});
-    const QString sha = head(repo);
+    gitFolder::git(repo, {"init", "-q"});
+    gitFolder::git(repo, {"commit", "-q", "--allow-empty", "-m", "first"});
+    gitFolder::git(repo, {"remote", "add", "origin", "https://github.com/Acme/shop.git"});
+    const QString sha = gitFolder::head(repo);
     QDir().mkpath(repo + "/apps/web");
     account.addTeam("team_1", "acme");
     account.addProject("team_1", "p_api", "api");
@@ -202,11 +179,13 @@ TEST_F(WaitCommandTest, TheProjectComesFromTheLinkedFolderOrTheGitRemote) {
     EXPECT_TRUE(
         asked[0].queryItems().contains(std::pair<QString, QString>("meta-githubCommitSha", sha)));
 
-    write(repo + "/.vercel/project.json", R"({"projectId": "p_api", "orgId": "team_1"})");
+    gitFolder::write(repo + "/.vercel/project.json",
+                     R"({"projectId": "p_api", "orgId": "team_1"})");
     EXPECT_EQ(run({}, repo + "/apps/web").out, "https://dpl_api.vercel.app\n");
     EXPECT_EQ(run({"--project", "web"}, repo).out, "https://dpl_web.vercel.app\n");
     // A monorepo's app folder linked on its own comes before the root.
-    write(repo + "/apps/web/.vercel/project.json", R"({"projectId": "p_web", "orgId": "usr_1"})");
+    gitFolder::write(repo + "/apps/web/.vercel/project.json",
+                     R"({"projectId": "p_web", "orgId": "usr_1"})");
     EXPECT_EQ(run({}, repo + "/apps/web").out, "https://dpl_web.vercel.app\n");
     EXPECT_EQ(run({}, repo).out, "https://dpl_api.vercel.app\n");
     QFile::remove(repo + "/.vercel/project.json");
@@ -217,7 +196,7 @@ TEST_F(WaitCommandTest, TheProjectComesFromTheLinkedFolderOrTheGitRemote) {
     EXPECT_EQ(several.exitCode, 2);
     EXPECT_EQ(several.err, "quillon-cli wait: Several Vercel projects deploy github.com/acme/shop: "
                            "web (ada), other (ada). Choose one with --project.\n");
-    git(repo, {"remote", "set-url", "origin", "git@github.com:acme/gone.git"});
+    gitFolder::git(repo, {"remote", "set-url", "origin", "git@github.com:acme/gone.git"});
     const CliRun none = run({}, repo);
     EXPECT_EQ(none.exitCode, 2);
     EXPECT_EQ(none.err, "quillon-cli wait: No Vercel project deploys github.com/acme/gone. Name "

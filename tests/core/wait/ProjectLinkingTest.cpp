@@ -6,6 +6,7 @@
 #include "core/wait/ProjectChoice.h"
 #include "core/wait/WaitTimeout.h"
 #include "support/FrenchDesktop.h"
+#include "support/LocalCheckout.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>
@@ -33,22 +34,6 @@ VercelGitLink github(const char* org, const char* repo, const char* type = "gith
 
 QString chosenId(const Expected<LinkedProject, QString>& chosen) {
     return chosen ? chosen->ref.id : QStringLiteral("error: ") + chosen.error();
-}
-
-// Runs git in `folder`; fails the test when git does.
-void git(const QString& folder, const QStringList& args) {
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.start(QStringLiteral("git"), args);
-    ASSERT_TRUE(process.waitForFinished()) << args.join(' ').toStdString();
-    ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-}
-
-void write(const QString& path, const QByteArray& content) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
 }
 
 } // namespace
@@ -172,16 +157,10 @@ TEST(LocalCheckout, GitAndVercelLinkOfAFolder) {
     const QString root = QDir(repo.path()).canonicalPath();
     const QString app = root + "/apps/web";
     QDir().mkpath(app);
-    for (const QStringList& args : {QStringList{"init", "-q"},
-                                    {"-c", "user.name=t", "-c", "user.email=t@t", "commit", "-q",
-                                     "--allow-empty", "-m", "first"},
-                                    {"remote", "add", "origin", "git@github.com:acme/mono.git"}})
-        git(root, args);
-    QProcess head;
-    head.setWorkingDirectory(root);
-    head.start("git", {"rev-parse", "HEAD"});
-    ASSERT_TRUE(head.waitForFinished());
-    const QString sha = QString::fromLatin1(head.readAllStandardOutput()).trimmed();
+    gitFolder::git(root, {"init", "-q"});
+    gitFolder::git(root, {"commit", "-q", "--allow-empty", "-m", "first"});
+    gitFolder::git(root, {"remote", "add", "origin", "git@github.com:acme/mono.git"});
+    const QString sha = gitFolder::head(root);
 
     const GitCheckout checkout = QCoro::waitFor(readGitCheckout(app));
     EXPECT_EQ(checkout.head, sha);
@@ -192,18 +171,20 @@ TEST(LocalCheckout, GitAndVercelLinkOfAFolder) {
     EXPECT_FALSE(none.head || none.topLevel || none.originUrl);
 
     EXPECT_FALSE(findLocalProjectLink({app, root}).value());
-    write(root + "/.vercel/project.json", R"({"projectId": "prj_root", "orgId": "team_9"})");
+    gitFolder::write(root + "/.vercel/project.json",
+                     R"({"projectId": "prj_root", "orgId": "team_9"})");
     auto found = findLocalProjectLink({app, root});
     ASSERT_TRUE(found && found.value());
     EXPECT_EQ(found.value()->projectId, "prj_root");
     EXPECT_EQ(found.value()->teamId(), "team_9");
     // The folder's own link comes before the repository's; a personal account has no team.
-    write(app + "/.vercel/project.json",
-          R"({"projectId": "prj_web", "orgId": "6dTrhG0Nwv", "settings": {"framework": null}})");
+    gitFolder::write(
+        app + "/.vercel/project.json",
+        R"({"projectId": "prj_web", "orgId": "6dTrhG0Nwv", "settings": {"framework": null}})");
     found = findLocalProjectLink({app, root});
     EXPECT_EQ(found.value()->projectId, "prj_web");
     EXPECT_FALSE(found.value()->teamId());
-    write(app + "/.vercel/project.json", R"({"projectId": "prj_web"})");
+    gitFolder::write(app + "/.vercel/project.json", R"({"projectId": "prj_web"})");
     found = findLocalProjectLink({app, root});
     ASSERT_FALSE(found);
     EXPECT_EQ(found.error(), app + "/.vercel/project.json does not name a project (projectId and "
